@@ -1,0 +1,33 @@
+#include "apppaths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+namespace quillet::AppPaths {
+
+QString dataDir()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QLatin1Char('/')
+        + QLatin1String(kTitle);
+}
+
+QString dataFile(const QString &name)
+{
+    return dataDir() + QLatin1Char('/') + name;
+}
+
+QString userIni() { return dataFile(QLatin1String(kExeBase) + QLatin1String(".ini")); }
+QString adminIni() { return dataFile(QLatin1String(kExeBase) + QLatin1String("P.ini")); }
+QString databaseFile() { return dataFile(QLatin1String(kExeBase) + QLatin1String("Data.db")); }
+QString debugLog() { return dataFile(QLatin1String(kExeBase) + QLatin1String("Debug.txt")); }
+QString debugView() { return dataFile(QLatin1String(kExeBase) + QLatin1String("Debug1.txt")); }
+
+QString applicationDir()
+{
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationDirPath();
+    return QDir::currentPath();
+}
+
+} // namespace quillet::AppPaths

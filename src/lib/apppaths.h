@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+namespace quillet {
+
+// Where the application's own files live: the shared data folder joined with the application
+// title. File names are built from the executable's base name.
+namespace AppPaths {
+
+inline constexpr const char *kTitle = "Quillet";
+inline constexpr const char *kExeBase = "quillet";
+
+// $XDG_DATA_HOME/Quillet (normally ~/.local/share/Quillet). Not cached: tests move it.
+QString dataDir();
+// dataDir() joined with a file name.
+QString dataFile(const QString &name);
+
+QString userIni();        // quillet.ini
+QString adminIni();       // quilletP.ini
+QString databaseFile();   // quilletData.db
+QString debugLog();       // quilletDebug.txt
+QString debugView();      // quilletDebug1.txt
+// The folder of the running executable; relative settings resolve against it.
+QString applicationDir();
+
+} // namespace AppPaths
+} // namespace quillet

@@ -1,0 +1,66 @@
+#include "testenv.h"
+
+#include "lib/apppaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace quillet::test {
+
+namespace {
+const char *const kVars[4] = {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"};
+}
+
+TestEnv::TestEnv()
+{
+    for (int i = 0; i < 4; ++i)
+        m_saved[i] = qgetenv(kVars[i]);
+    const QString home = m_dir.path() + QStringLiteral("/home");
+    QDir().mkpath(home + QStringLiteral("/.local/share"));
+    QDir().mkpath(home + QStringLiteral("/.cache"));
+    QDir().mkpath(home + QStringLiteral("/.config"));
+    qputenv("HOME", home.toUtf8());
+    qputenv("XDG_DATA_HOME", (home + QStringLiteral("/.local/share")).toUtf8());
+    qputenv("XDG_CACHE_HOME", (home + QStringLiteral("/.cache")).toUtf8());
+    qputenv("XDG_CONFIG_HOME", (home + QStringLiteral("/.config")).toUtf8());
+}
+
+TestEnv::~TestEnv()
+{
+    for (int i = 0; i < 4; ++i) {
+        if (m_saved[i].isNull())
+            qunsetenv(kVars[i]);
+        else
+            qputenv(kVars[i], m_saved[i]);
+    }
+}
+
+QString TestEnv::path(const QString &relative) const
+{
+    return m_dir.path() + QLatin1Char('/') + relative;
+}
+
+QString TestEnv::dataDir() const
+{
+    const QString dir = AppPaths::dataDir();
+    QDir().mkpath(dir);
+    return dir;
+}
+
+QString TestEnv::writeFile(const QString &relative, const QByteArray &bytes) const
+{
+    const QString p = path(relative);
+    QDir().mkpath(QFileInfo(p).absolutePath());
+    QFile f(p);
+    if (f.open(QIODevice::WriteOnly))
+        f.write(bytes);
+    return p;
+}
+
+QString TestEnv::corpusDir()
+{
+    return QStringLiteral(QUILLET_CORPUS_DIR);
+}
+
+} // namespace quillet::test

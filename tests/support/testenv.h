@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+namespace quillet::test {
+
+// A fresh home for one test: a temporary folder with HOME, XDG_DATA_HOME, XDG_CACHE_HOME and
+// XDG_CONFIG_HOME pointed inside it, so the data folder, the thumbnail cache and the desktop
+// trash of the test are its own. Make one in init(); the folder goes away with it.
+class TestEnv
+{
+public:
+    TestEnv();
+    ~TestEnv();
+
+    bool isValid() const { return m_dir.isValid(); }
+    // The temporary folder.
+    QString root() const { return m_dir.path(); }
+    // root() joined with a relative path.
+    QString path(const QString &relative) const;
+    // The application data folder inside this environment (created).
+    QString dataDir() const;
+    // Writes a file (and its folders) with the given bytes; returns its path.
+    QString writeFile(const QString &relative, const QByteArray &bytes) const;
+
+    // The folder of the shared camera corpus (../shared/testdata/exif-corpus).
+    static QString corpusDir();
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray m_saved[4];
+};
+
+} // namespace quillet::test
