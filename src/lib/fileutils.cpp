@@ -1,0 +1,465 @@
+#include "fileutils.h"
+
+#include "appstate.h"
+#include "error.h"
+#include "errorhandler.h"
+#include "findfiles.h"
+#include "userprompt.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QThread>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quillet {
+
+namespace {
+
+QString libSource(const char *routine)
+{
+    return QStringLiteral("Lib09.") + QLatin1String(routine);
+}
+
+// Qt puts trashed files below the data location; on a fresh account that folder may not exist yet,
+// and without it the trash would be made in the current folder.
+void ensureTrashHome()
+{
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+}
+
+bool removeOnce(const QString &path, bool permanently)
+{
+    if (!permanently) {
+        ensureTrashHome();
+        QFile trashed(path);
+        if (trashed.moveToTrash())
+            return true;
+        // The volume has no trash (a USB disk mounted without one, a read-only home): delete.
+    }
+    return QFile::remove(path);
+}
+
+bool isDrivePath(const QString &path)
+{
+    static const QRegularExpression drive(QStringLiteral("^[A-Za-z]:"));
+    return drive.match(path).hasMatch();
+}
+
+bool isNetworkPath(const QString &path)
+{
+    return path.startsWith(QLatin1String("\\\\")) || path.startsWith(QLatin1String("//"));
+}
+
+} // namespace
+
+bool lib_KillFile(const QString &path, bool permanently)
+{
+    QFileInfo info(path);
+    if (!info.exists() && !info.isSymLink())
+        return true;
+    if (removeOnce(path, permanently))
+        return true;
+    // A write-protected file: make it writable and try again, as a user would in a file manager.
+    QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::WriteOwner);
+    if (!QFileInfo::exists(path))
+        return true;
+    if (!lib_IsFileLocked(path) && removeOnce(path, permanently))
+        return true;
+    if (!QFileInfo::exists(path))
+        return true;
+    throw Error(kErrPathFileAccess, libSource("lib_KillFile"),
+                QStringLiteral("Path/File access error\r\nFile:") + path);
+}
+
+bool lib_MakePath(const QString &path)
+{
+    QString p = path.trimmed();
+    if (p.size() >= 2 && p.startsWith(QLatin1Char('"')) && p.endsWith(QLatin1Char('"')))
+        p = p.mid(1, p.size() - 2);
+    if (p.isEmpty())
+        return false;
+    BusyPointer busy;
+    QDir().mkpath(p);
+    return QFileInfo(p).isDir();
+}
+
+QString lib_TempCopyName(const QString &target, const QString &source)
+{
+    const QString stem = lib_PathWithoutExt(target);
+    const QString sourceAbs = QFileInfo(source).absoluteFilePath();
+    for (int tries = 0; tries < 1000; ++tries) {
+        const int n = QRandomGenerator::global()->bounded(100);
+        const QString name = stem + QStringLiteral(".~") + QString::number(n).rightJustified(2, QLatin1Char('0'));
+        if (!QFileInfo::exists(name) && QFileInfo(name).absoluteFilePath() != sourceAbs)
+            return name;
+    }
+    throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
+                QStringLiteral("Failed to copy file\r\nNo free temporary name for ") + target);
+}
+
+namespace {
+
+// Copies the bytes and flushes them to the disk, so that after the rename the target is complete
+// even if the machine stops. Returns an empty text on success, else the system's reason.
+QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress)
+{
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly))
+        return in.errorString();
+    QFile out(temp);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return out.errorString();
+    const qint64 total = in.size();
+    qint64 done = 0;
+    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    for (;;) {
+        const qint64 n = in.read(buffer.data(), buffer.size());
+        if (n < 0)
+            return in.errorString();
+        if (n == 0)
+            break;
+        if (out.write(buffer.constData(), n) != n)
+            return out.errorString();
+        done += n;
+        if (progress && !progress(done, total))
+            return QStringLiteral("Copy cancelled");
+    }
+    if (!out.flush())
+        return out.errorString();
+    if (::fsync(out.handle()) != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    return QString();
+}
+
+void copyDates(const QString &source, const QString &target)
+{
+    const QFileInfo info(source);
+    lib_SetFileDate(target, QLatin1Char('A'), info.lastRead());
+    lib_SetFileDate(target, QLatin1Char('M'), info.lastModified());
+}
+
+bool copyOne(const QString &source, const QString &targetIn, bool overwrite, const CopyProgress &progress)
+{
+    const QString target = targetIn.endsWith(QLatin1Char('/'))
+        ? targetIn + QFileInfo(source).fileName() : targetIn;
+    if (QFileInfo(source).absoluteFilePath() == QFileInfo(target).absoluteFilePath())
+        return false;
+    if (QFileInfo::exists(target) && !overwrite)
+        return false;
+
+    const QString temp = lib_TempCopyName(target, source);
+    appState().pendingTempCopy = temp;
+    const QString failure = copyBytes(source, temp, progress);
+    if (!failure.isEmpty()) {
+        appState().lastSystemError = failure;
+        QFile::remove(temp);
+        appState().pendingTempCopy.clear();
+        throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
+                    QStringLiteral("Failed to copy file\r\n") + failure + QStringLiteral("\r\nSrc=") + source
+                        + QStringLiteral("\r\nTgt=") + temp);
+    }
+    bool removed = false;
+    try {
+        removed = lib_KillFile(target);
+    } catch (const Error &) {
+        removed = false;
+    }
+    if (!removed) {
+        QFile::remove(temp);
+        appState().pendingTempCopy.clear();
+        throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
+                    QStringLiteral("Failed to copy file\r\nCould not delete existing target file"));
+    }
+    const bool renamed = ::rename(QFile::encodeName(temp).constData(), QFile::encodeName(target).constData()) == 0;
+    appState().pendingTempCopy.clear();
+    if (!renamed) {
+        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+        QFile::remove(temp);
+        throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
+                    QStringLiteral("Failed to copy file\r\n") + reason + QStringLiteral("\r\nSrc=") + source
+                        + QStringLiteral("\r\nTgt=") + target);
+    }
+    copyDates(source, target);
+    return true;
+}
+
+} // namespace
+
+bool lib_CopyFile(const QString &source, const QString &target, bool overwrite, const CopyProgress &progress)
+{
+    BusyPointer busy;
+    const QString name = QFileInfo(source).fileName();
+    if (!name.contains(QLatin1Char('*')) && !name.contains(QLatin1Char('?')))
+        return copyOne(source, target, overwrite, progress);
+
+    const QString folder = target.endsWith(QLatin1Char('/')) ? target : target + QLatin1Char('/');
+    lib_clsFindFiles finder;
+    bool all = true;
+    for (bool found = finder.FindFirstFile(lib_DirPart(source), name, false); found; found = finder.FindNextFile()) {
+        if (!finder.IsDir())
+            all = copyOne(finder.FullFile(), folder, overwrite, progress) && all;
+    }
+    return all;
+}
+
+bool lib_DeleteDir(const QString &dir, bool contentsOnly, int timeout, bool permanently)
+{
+    const QString trimmed = dir.trimmed();
+    QString refusal;
+    if (isNetworkPath(trimmed))
+        refusal = QStringLiteral("UNCs are not yet supported");
+    else if (!QDir::isAbsolutePath(trimmed) && !isDrivePath(trimmed))
+        refusal = QStringLiteral("Directory ") + dir + QStringLiteral(" invalid (either no drive or dir specified)");
+    else if (trimmed.endsWith(QLatin1String(":\\")) || trimmed.endsWith(QLatin1String(":/"))
+             || QDir::cleanPath(trimmed) == lib_DrivePart(trimmed))
+        refusal = QStringLiteral("Directory ") + dir + QStringLiteral(" invalid (drive root not allowed)");
+    if (!refusal.isEmpty()) {
+        lib_MsgError(refusal, timeout);
+        return false;
+    }
+    if (!contentsOnly) {
+        if (!QFileInfo(trimmed).exists())
+            return true;
+        if (!permanently) {
+            ensureTrashHome();
+            if (QFile::moveToTrash(trimmed))
+                return true;
+        }
+        return QDir(trimmed).removeRecursively();
+    }
+    bool all = true;
+    const QFileInfoList entries =
+        QDir(trimmed).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo &entry : entries) {
+        if (entry.isDir() && !entry.isSymLink())
+            all = lib_DeleteDir(entry.absoluteFilePath(), false, timeout, permanently) && all;
+        else
+            all = lib_KillFile(entry.absoluteFilePath(), permanently) && all;
+    }
+    return all;
+}
+
+QDateTime lib_FileDate(const QString &path, QChar which)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return QDateTime();
+    switch (which.toUpper().unicode()) {
+    case 'C': {
+        const QDateTime birth = info.birthTime();
+        return birth.isValid() ? birth : info.metadataChangeTime();
+    }
+    case 'A':
+        return info.lastRead();
+    default:
+        return info.lastModified();
+    }
+}
+
+void lib_SetFileDate(const QString &path, QChar which, const QDateTime &date)
+{
+    const QChar w = which.toUpper();
+    if (w == QLatin1Char('C'))
+        return; // POSIX file systems do not let a program set the creation time
+    timespec times[2];
+    times[0].tv_nsec = UTIME_OMIT;
+    times[1].tv_nsec = UTIME_OMIT;
+    const qint64 ms = date.toMSecsSinceEpoch();
+    timespec &slot = (w == QLatin1Char('A')) ? times[0] : times[1];
+    slot.tv_sec = time_t(ms / 1000);
+    slot.tv_nsec = long((ms % 1000) * 1000000);
+    if (::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) != 0)
+        throw Error(kErrPathFileAccess, libSource("lib_FileDate"),
+                    QString::fromLocal8Bit(std::strerror(errno)) + QStringLiteral("\r\nFile:") + path);
+}
+
+bool lib_FileExists(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.exists() && !info.isDir();
+}
+
+bool lib_DirExists(const QString &path)
+{
+    return !path.isEmpty() && QFileInfo(path).isDir();
+}
+
+bool lib_IsFileLocked(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return false;
+    // POSIX locks are advisory: what keeps a file from being renamed or deleted is its folder.
+    return !QFileInfo(info.absolutePath()).isWritable();
+}
+
+QString lib_JoinPath(const QString &left, const QString &right)
+{
+    if (left.isEmpty())
+        return right;
+    if (right.isEmpty())
+        return left;
+    const bool leftSep = left.endsWith(QLatin1Char('/'));
+    const bool rightSep = right.startsWith(QLatin1Char('/'));
+    if (leftSep && rightSep)
+        return left + right.mid(1);
+    if (leftSep || rightSep)
+        return left + right;
+    return left + QLatin1Char('/') + right;
+}
+
+QString lib_DrivePart(const QString &path)
+{
+    if (isDrivePath(path))
+        return path.left(2).toUpper();
+    const QStringList parts = QDir::cleanPath(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    if (isNetworkPath(path))
+        return parts.size() >= 2 ? QStringLiteral("//") + parts[0] + QLatin1Char('/') + parts[1] : path;
+    if (parts.size() >= 3 && parts[0] == QLatin1String("media"))
+        return QStringLiteral("/media/") + parts[1] + QLatin1Char('/') + parts[2];
+    if (parts.size() >= 4 && parts[0] == QLatin1String("run") && parts[1] == QLatin1String("media"))
+        return QStringLiteral("/run/media/") + parts[2] + QLatin1Char('/') + parts[3];
+    if (parts.size() >= 2 && parts[0] == QLatin1String("mnt"))
+        return QStringLiteral("/mnt/") + parts[1];
+    return QStringLiteral("/");
+}
+
+QString lib_DirPart(const QString &path)
+{
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QString();
+    return slash == 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+QString lib_FilePart(const QString &path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+QString lib_PathWithoutExt(const QString &path)
+{
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    const int dot = path.lastIndexOf(QLatin1Char('.'));
+    return dot > slash + 1 ? path.left(dot) : path;
+}
+
+QString lib_AbsolutePath(const QString &path, const QString &baseDir)
+{
+    const QString base = baseDir.isEmpty() ? QDir::currentPath() : baseDir;
+    QString p = path;
+    p.replace(QLatin1String("..\\"), QLatin1String("../"));
+    if (p.contains(QLatin1String("../"))) {
+        const int ups = p.count(QLatin1String("../"));
+        QString result = QDir::cleanPath(base);
+        for (int i = 0; i < ups; ++i)
+            result = lib_DirPart(result).isEmpty() ? result : lib_DirPart(result);
+        return lib_JoinPath(result, p.mid(p.lastIndexOf(QLatin1String("../")) + 3));
+    }
+    if (QDir::isAbsolutePath(p) || isDrivePath(p) || isNetworkPath(p))
+        return path;
+    return lib_JoinPath(base, p);
+}
+
+QString lib_SpecialFolder(int code)
+{
+    switch (code) {
+    case kFolderDocuments:
+        return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    case kFolderPictures:
+        return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    case kFolderAppData:
+        return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    default:
+        return QString();
+    }
+}
+
+QString ExpandSpecialDir(const QString &path, bool toPlaceholder)
+{
+    static const QString pics = QStringLiteral("<My Pictures>");
+    static const QString docs = QStringLiteral("<My Documents>");
+    const QString picturesDir = lib_SpecialFolder(kFolderPictures);
+    const QString documentsDir = lib_SpecialFolder(kFolderDocuments);
+    auto underFolder = [&path](const QString &folder) {
+        return !folder.isEmpty()
+            && (path == folder || path.startsWith(folder + QLatin1Char('/')));
+    };
+    if (!toPlaceholder) {
+        if (path.startsWith(pics, Qt::CaseInsensitive))
+            return lib_JoinPath(picturesDir, path.mid(pics.size()));
+        if (path.startsWith(docs, Qt::CaseInsensitive))
+            return lib_JoinPath(documentsDir, path.mid(docs.size()));
+        return path;
+    }
+    if (underFolder(picturesDir))
+        return lib_JoinPath(pics, path.mid(picturesDir.size()));
+    if (underFolder(documentsDir))
+        return lib_JoinPath(docs, path.mid(documentsDir.size()));
+    return path;
+}
+
+QString lib_BrowseForFolder(const QString &startDir, const QString &promptText)
+{
+    return prompt().browseForFolder(startDir, promptText);
+}
+
+QString lib_OpenFileDialog(const QString &description, const QString &extension, const QString &startDir,
+                           const QString &title)
+{
+    return prompt().openFileDialog(description, extension, startDir,
+                                   title.isEmpty() ? QStringLiteral("Open") : title);
+}
+
+QString lib_SaveFileDialog(const QString &description, const QString &extension, const QString &startDir,
+                           const QString &title)
+{
+    return prompt().saveFileDialog(description, extension, startDir,
+                                   title.isEmpty() ? QStringLiteral("Save As") : title);
+}
+
+bool lib_RunApplication(const QString &commandLine, bool wait, int timeoutSeconds, int *exitCode)
+{
+    QStringList args = QProcess::splitCommand(commandLine);
+    if (args.isEmpty())
+        return false;
+    const QString program = args.takeFirst();
+    const QFileInfo info(program);
+    if (info.isFile() && !info.isExecutable())
+        return prompt().openWithDefaultProgram(info.absoluteFilePath());
+
+    if (!wait) {
+        if (!QProcess::startDetached(program, args))
+            throw Error(kLibErrorNumber, libSource("lib_RunApplication"),
+                        QStringLiteral("Could not start the program\r\nCommand:") + commandLine);
+        return true;
+    }
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(program, args);
+    if (!process.waitForStarted(1000))
+        throw Error(kLibErrorNumber, libSource("lib_RunApplication"),
+                    process.errorString() + QStringLiteral("\r\nCommand:") + commandLine);
+    QElapsedTimer clock;
+    clock.start();
+    while (process.state() != QProcess::NotRunning && clock.elapsed() < qint64(timeoutSeconds) * 1000) {
+        process.waitForFinished(50);
+        prompt().processEvents();
+    }
+    if (exitCode)
+        *exitCode = process.state() == QProcess::NotRunning ? process.exitCode() : -1;
+    return process.state() == QProcess::NotRunning;
+}
+
+} // namespace quillet
