@@ -1,0 +1,281 @@
+#include "lib/appstate.h"
+#include "lib/error.h"
+#include "lib/fileutils.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QTest>
+
+using namespace quillet;
+using namespace quillet::test;
+
+namespace {
+
+QStringList trashed()
+{
+    const QString files = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
+        + QStringLiteral("/Trash/files");
+    return QDir(files).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+}
+
+QByteArray contents(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestFileUtils : public QObject
+{
+    Q_OBJECT
+
+    TestEnv *m_env = nullptr;
+    ScriptedPrompt *m_port = nullptr;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_env = new TestEnv;
+        m_port = new ScriptedPrompt;
+    }
+    void cleanup()
+    {
+        delete m_port;
+        delete m_env;
+    }
+
+    void killMissingFileIsTrue()
+    {
+        QVERIFY(lib_KillFile(m_env->path(QStringLiteral("nothing.jpg"))));
+        QVERIFY(trashed().isEmpty());
+    }
+
+    void killGoesToTrashOrPermanently()
+    {
+        const QString a = m_env->writeFile(QStringLiteral("a.jpg"), "A");
+        QVERIFY(lib_KillFile(a));
+        QVERIFY(!QFile::exists(a));
+        QCOMPARE(trashed(), QStringList{QStringLiteral("a.jpg")});
+
+        const QString b = m_env->writeFile(QStringLiteral("b.jpg"), "B");
+        QVERIFY(lib_KillFile(b, true));
+        QVERIFY(!QFile::exists(b));
+        QCOMPARE(trashed().size(), 1);
+    }
+
+    void killReadOnlyFile()
+    {
+        const QString a = m_env->writeFile(QStringLiteral("ro.jpg"), "A");
+        QFile::setPermissions(a, QFileDevice::ReadOwner);
+        QVERIFY(lib_KillFile(a));
+        QVERIFY(!QFile::exists(a));
+    }
+
+    void makePathCreatesMissingLevels()
+    {
+        const QString deep = m_env->path(QStringLiteral("one/two/three"));
+        QDir().mkpath(m_env->path(QStringLiteral("one")));
+        QVERIFY(lib_MakePath(QLatin1Char('"') + deep + QStringLiteral("\" ")));
+        QVERIFY(QFileInfo(deep).isDir());
+        QVERIFY(!lib_MakePath(QString()));
+    }
+
+    void copyToItselfDoesNothing()
+    {
+        const QString a = m_env->writeFile(QStringLiteral("a.jpg"), "A");
+        const QDateTime before = QFileInfo(a).lastModified();
+        QVERIFY(!lib_CopyFile(a, a, true));
+        QCOMPARE(contents(a), QByteArray("A"));
+        QCOMPARE(QFileInfo(a).lastModified(), before);
+    }
+
+    void copyOverwriteRules()
+    {
+        const QString src = m_env->writeFile(QStringLiteral("src/p.jpg"), "NEW");
+        const QDateTime stamp(QDate(2019, 5, 4), QTime(10, 11, 12));
+        lib_SetFileDate(src, QLatin1Char('M'), stamp);
+        const QString tgt = m_env->writeFile(QStringLiteral("tgt/p.jpg"), "OLD");
+
+        QVERIFY(!lib_CopyFile(src, tgt, false));
+        QCOMPARE(contents(tgt), QByteArray("OLD"));
+
+        QVERIFY(lib_CopyFile(src, tgt, true));
+        QCOMPARE(contents(tgt), QByteArray("NEW"));
+        QCOMPARE(QFileInfo(tgt).lastModified(), stamp);
+        QCOMPARE(trashed(), QStringList{QStringLiteral("p.jpg")}); // the old target is recoverable
+        QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList{"p.jpg"});
+        QVERIFY(appState().pendingTempCopy.isEmpty());
+    }
+
+    void copyIntoFolderAndByPattern()
+    {
+        m_env->writeFile(QStringLiteral("src/a.JPG"), "1");
+        m_env->writeFile(QStringLiteral("src/b.jpg"), "2");
+        m_env->writeFile(QStringLiteral("src/c.txt"), "3");
+        QDir().mkpath(m_env->path(QStringLiteral("out")));
+        QVERIFY(lib_CopyFile(m_env->path(QStringLiteral("src/c.txt")), m_env->path(QStringLiteral("out/")), false));
+        QVERIFY(lib_CopyFile(m_env->path(QStringLiteral("src/*.jpg")), m_env->path(QStringLiteral("out")), false));
+        QCOMPARE(QDir(m_env->path(QStringLiteral("out"))).entryList(QDir::Files),
+                 (QStringList{"a.JPG", "b.jpg", "c.txt"}));
+    }
+
+    void failedCopyLeavesNoTemporary()
+    {
+        // The target's folder is gone (an unplugged disk looks the same): nothing may be left behind.
+        const QString src = m_env->writeFile(QStringLiteral("a.jpg"), "A");
+        const QString target = m_env->path(QStringLiteral("unplugged/a.jpg"));
+        try {
+            lib_CopyFile(src, target, true);
+            QFAIL("copy into a missing folder must fail");
+        } catch (const Error &e) {
+            QCOMPARE(e.number(), kLibErrorNumber);
+            QCOMPARE(e.source(), QStringLiteral("Lib09.lib_CopyFile"));
+            QVERIFY(e.description().startsWith(QStringLiteral("Failed to copy file\r\n")));
+            QVERIFY(e.description().contains(QStringLiteral("Src=") + src));
+            QVERIFY(e.description().contains(QStringLiteral("Tgt=") + m_env->path(QStringLiteral("unplugged/a.~"))));
+        }
+        QVERIFY(!QFileInfo::exists(m_env->path(QStringLiteral("unplugged"))));
+        QCOMPARE(contents(src), QByteArray("A"));
+        QVERIFY(appState().pendingTempCopy.isEmpty());
+        QVERIFY(!appState().lastSystemError.isEmpty());
+    }
+
+    void tempNameForm()
+    {
+        const QString name = lib_TempCopyName(QStringLiteral("/t/fam/IMG_1.jpg"), QStringLiteral("/s/IMG_1.jpg"));
+        QVERIFY2(QRegularExpression(QStringLiteral("^/t/fam/IMG_1\\.~\\d\\d$")).match(name).hasMatch(),
+                 qPrintable(name));
+    }
+
+    void deleteDirRefusals_data()
+    {
+        QTest::addColumn<QString>("dir");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("network path") << "\\\\server\\share\\x" << "UNCs are not yet supported";
+        QTest::newRow("relative") << "photos" << "Directory photos invalid (either no drive or dir specified)";
+        QTest::newRow("drive root") << "C:\\" << "Directory C:\\ invalid (drive root not allowed)";
+        QTest::newRow("volume root") << "/" << "Directory / invalid (drive root not allowed)";
+        QTest::newRow("usb disk root") << "/media/staff/CAMERA"
+                                       << "Directory /media/staff/CAMERA invalid (drive root not allowed)";
+    }
+    void deleteDirRefusals()
+    {
+        QFETCH(QString, dir);
+        QFETCH(QString, message);
+        QVERIFY(!lib_DeleteDir(dir, true, 3));
+        QCOMPARE(m_port->messages().size(), 1);
+        QCOMPARE(m_port->lastText(), message);
+        QCOMPARE(m_port->messages().first().style, 1);
+        QCOMPARE(m_port->messages().first().timeout, 3);
+    }
+
+    void deleteDirContentsOnly()
+    {
+        m_env->writeFile(QStringLiteral("d/a.jpg"), "1");
+        m_env->writeFile(QStringLiteral("d/sub/b.jpg"), "2");
+        QVERIFY(lib_DeleteDir(m_env->path(QStringLiteral("d")), true));
+        QVERIFY(QFileInfo(m_env->path(QStringLiteral("d"))).isDir());
+        QVERIFY(QDir(m_env->path(QStringLiteral("d"))).isEmpty());
+        QVERIFY(lib_DeleteDir(m_env->path(QStringLiteral("d")), false));
+        QVERIFY(!QFileInfo::exists(m_env->path(QStringLiteral("d"))));
+    }
+
+    void fileDates()
+    {
+        const QString a = m_env->writeFile(QStringLiteral("a.jpg"), "A");
+        const QDateTime when(QDate(2015, 6, 7), QTime(8, 9, 10));
+        lib_SetFileDate(a, QLatin1Char('M'), when);
+        lib_SetFileDate(a, QLatin1Char('A'), when.addDays(1));
+        QCOMPARE(lib_FileDate(a), when);
+        QCOMPARE(lib_FileDate(a, QLatin1Char('A')), when.addDays(1));
+        QVERIFY(!lib_FileDate(m_env->path(QStringLiteral("none"))).isValid());
+    }
+
+    void pathParts_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("drive");
+        QTest::addColumn<QString>("dir");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("noExt");
+        QTest::newRow("usb") << "/media/ann/CAM/DCIM/a.b.jpg" << "/media/ann/CAM" << "/media/ann/CAM/DCIM" << "a.b.jpg"
+                             << "/media/ann/CAM/DCIM/a.b";
+        QTest::newRow("run media") << "/run/media/ann/CAM/x" << "/run/media/ann/CAM" << "/run/media/ann/CAM" << "x"
+                                   << "/run/media/ann/CAM/x";
+        QTest::newRow("mnt") << "/mnt/share/f.jpg" << "/mnt/share" << "/mnt/share" << "f.jpg" << "/mnt/share/f";
+        QTest::newRow("home") << "/home/u/.hidden" << "/" << "/home/u" << ".hidden" << "/home/u/.hidden";
+        QTest::newRow("drive letter") << "d:/x/y.jpg" << "D:" << "d:/x" << "y.jpg" << "d:/x/y";
+    }
+    void pathParts()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, drive);
+        QFETCH(QString, dir);
+        QFETCH(QString, file);
+        QFETCH(QString, noExt);
+        QCOMPARE(lib_DrivePart(path), drive);
+        QCOMPARE(lib_DirPart(path), dir);
+        QCOMPARE(lib_FilePart(path), file);
+        QCOMPARE(lib_PathWithoutExt(path), noExt);
+    }
+
+    void joinPath_data()
+    {
+        QTest::addColumn<QString>("left");
+        QTest::addColumn<QString>("right");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("both seams") << "/a/" << "/b" << "/a/b";
+        QTest::newRow("left seam") << "/a/" << "b" << "/a/b";
+        QTest::newRow("right seam") << "/a" << "/b" << "/a/b";
+        QTest::newRow("no seam") << "/a" << "b" << "/a/b";
+        QTest::newRow("empty left") << "" << "b" << "b";
+    }
+    void joinPath()
+    {
+        QFETCH(QString, left);
+        QFETCH(QString, right);
+        QFETCH(QString, expected);
+        QCOMPARE(lib_JoinPath(left, right), expected);
+    }
+
+    void specialFolderPlaceholders()
+    {
+        const QString pics = lib_SpecialFolder(kFolderPictures);
+        const QString docs = lib_SpecialFolder(kFolderDocuments);
+        QVERIFY(!pics.isEmpty());
+        QCOMPARE(ExpandSpecialDir(QStringLiteral("<my pictures>/Kids"), false), pics + QStringLiteral("/Kids"));
+        QCOMPARE(ExpandSpecialDir(QStringLiteral("<My Documents>"), false), docs);
+        QCOMPARE(ExpandSpecialDir(pics + QStringLiteral("/Kids"), true), QStringLiteral("<My Pictures>/Kids"));
+        QCOMPARE(ExpandSpecialDir(docs + QStringLiteral("/x"), true), QStringLiteral("<My Documents>/x"));
+        QCOMPARE(ExpandSpecialDir(QStringLiteral("/media/u/CAM/x"), true), QStringLiteral("/media/u/CAM/x"));
+        // A folder that only starts with the same letters is not inside it.
+        QCOMPARE(ExpandSpecialDir(pics + QStringLiteral("2/x"), true), pics + QStringLiteral("2/x"));
+    }
+
+    void absolutePaths()
+    {
+        QCOMPARE(lib_AbsolutePath(QStringLiteral("..\\Photos"), QStringLiteral("/apps/q")), QStringLiteral("/apps/Photos"));
+        QCOMPARE(lib_AbsolutePath(QStringLiteral("../../Photos"), QStringLiteral("/apps/q")), QStringLiteral("/Photos"));
+        QCOMPARE(lib_AbsolutePath(QStringLiteral("Photos"), QStringLiteral("/apps/q")), QStringLiteral("/apps/q/Photos"));
+        QCOMPARE(lib_AbsolutePath(QStringLiteral("/data/Photos"), QStringLiteral("/apps/q")), QStringLiteral("/data/Photos"));
+    }
+
+    void runApplicationWaitsForExitCode()
+    {
+        int code = -5;
+        QVERIFY(lib_RunApplication(QStringLiteral("sh -c \"exit 3\""), true, 10, &code));
+        QCOMPARE(code, 3);
+        const QString doc = m_env->writeFile(QStringLiteral("notes.txt"), "x");
+        QVERIFY(lib_RunApplication(doc, false, 0));
+        QCOMPARE(m_port->opened, QStringList{doc});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFileUtils)
+#include "tst_fileutils.moc"
