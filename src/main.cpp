@@ -1,7 +1,20 @@
+#include "lib/terminationsignals.h"
+#include "ui/frmmain.h"
+
 #include <QApplication>
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    return 0;
+    QApplication::setApplicationName(QStringLiteral("Quillet"));
+    QApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("quillet"));
+
+    quillet::frmMain window;
+    quillet::TerminationSignals signals;
+    QObject::connect(&signals, &quillet::TerminationSignals::terminationRequested, &window, &QWidget::close);
+    window.show();
+    if (!window.StartUp())
+        return 1;
+    return app.exec();
 }

@@ -1,0 +1,200 @@
+#include "frmmain.h"
+
+#include "app/settingsstore.h"
+#include "app/startup.h"
+#include "lib/apppaths.h"
+#include "lib/appstate.h"
+#include "lib/debuglog.h"
+#include "lib/error.h"
+#include "lib/errorhandler.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QDir>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+
+namespace quillet {
+
+frmMain::frmMain(QWidget *parent)
+    : QMainWindow(parent)
+{
+    setObjectName(QStringLiteral("frmMain"));
+    auto *central = new QWidget(this);
+    central->setObjectName(QStringLiteral("centralWidget"));
+    m_ui.build(central);
+    setCentralWidget(central);
+    m_menus.build(this);
+    setWindowTitle(Startup::TitleLine(false));
+    resize(1200, 780);
+    wireCommands();
+}
+
+frmMain::~frmMain()
+{
+    ShutDown();
+}
+
+void frmMain::setStatus(const QString &text)
+{
+    m_ui.lblMsg->setText(text);
+    m_ui.lblMsg->repaint();
+}
+
+void frmMain::runStep(const QString &label, const std::function<void()> &step)
+{
+    try {
+        step();
+    } catch (const Error &e) {
+        lib_ErrorHandler(label, e);
+    } catch (const std::exception &e) {
+        lib_ErrorHandler(label, 0, QString::fromLocal8Bit(e.what()));
+    }
+}
+
+bool frmMain::StartUp()
+{
+    appState().showErrorDetails = true;
+    appState().systemLoaded = false;
+    lib_Stopwatch(1);
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+
+    // Relative folder settings resolve against the program's own folder.
+    QDir::setCurrent(AppPaths::applicationDir());
+    if (Startup::IsFreshInstallation())
+        runStep(QStringLiteral("StartUp: data folder"), [] { Startup::MakeDataFolder(); });
+    appState().startTime = QDateTime::currentDateTime();
+    runStep(QStringLiteral("StartUp: debug log"), [] { Startup::DeleteDebugLog(); });
+    m_picOriginalSize = m_ui.imgPic->size();
+    runStep(QStringLiteral("StartUp: window rectangle"), [this] { restoreWindowRect(); });
+    runStep(QStringLiteral("StartUp: title"), [this] {
+        setWindowTitle(Startup::TitleLine(ReadSettingEx(QStringLiteral("PCname")).locked || IsPortableCopy()));
+        m_ui.lblVersion->setText(Startup::VersionLine());
+    });
+    runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });
+    runStep(QStringLiteral("InitData()"), [this] { InitData(); });
+
+    QGuiApplication::restoreOverrideCursor();
+    appState().systemLoaded = true;
+    return true;
+}
+
+void frmMain::restoreWindowRect()
+{
+    const QRect stored = Startup::ParseFormRect(ReadSetting(QStringLiteral("FormRectMn")));
+    if (!stored.isValid())
+        return;
+    // A rectangle from a larger or disconnected screen is kept only where it can be seen.
+    const QScreen *screen = QGuiApplication::screenAt(stored.center());
+    if (!screen)
+        return;
+    setGeometry(stored);
+}
+
+void frmMain::InitData()
+{
+    setStatus(QStringLiteral("Validating settings..."));
+    // The settings dialog's data load writes the default of every missing key.
+    InitialiseMissingSettings();
+    const struct
+    {
+        QCheckBox *box;
+        const char *key;
+    } options[] = {
+        {m_ui.chkShowParent, "ShowParent"},
+        {m_ui.chkAutoFilterFamsByDay, "AutoFilterFams"},
+        {m_ui.chkShowCurrFamsOnly, "CurrFamsOnly"},
+        {m_ui.chkThumbnails, "Thumbnails"},
+        {m_ui.chkUseEXIFdate, "UseEXIFdate"},
+    };
+    for (const auto &option : options) {
+        const SettingValue v = ReadSettingEx(QLatin1String(option.key));
+        option.box->setChecked(v.value == QLatin1String("1"));
+        option.box->setEnabled(!v.locked);
+    }
+    setStatus(QString());
+}
+
+void frmMain::InitButtons()
+{
+    for (QPushButton *b : {m_ui.cmdRotateRight, m_ui.cmdRotateLeft, m_ui.cmdRepeatSelect, m_ui.cmdRepeatnSave,
+                           m_ui.cmdDelete, m_ui.cmdMoveToTemp}) {
+        if (b->hasFocus())
+            m_ui.cmdExit->setFocus();
+        b->setEnabled(false);
+    }
+    m_menus.mnuRotateRight->setEnabled(false);
+    m_menus.mnuRotateLeft->setEnabled(false);
+    m_menus.mnuRepeatSelect->setEnabled(false);
+    m_menus.mnuRepeatnSave->setEnabled(false);
+    m_menus.mnuDelete->setEnabled(false);
+    m_menus.mnuMoveToTemp->setEnabled(false);
+    m_menus.mnuFamsBothDays->setEnabled(false);
+
+    const bool batchXfr = !ReadSetting(QStringLiteral("BatchXfrDir")).isEmpty();
+    m_menus.mnuPrepWeb->setEnabled(!ReadSetting(QStringLiteral("WebTgtDir")).isEmpty());
+    m_menus.mnuPrepCD->setEnabled(!ReadSetting(QStringLiteral("CdTgtDir")).isEmpty());
+    for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatch,
+                       m_menus.mnuImportBatch})
+        a->setEnabled(batchXfr);
+    m_menus.mnuImportPortable->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
+}
+
+void frmMain::wireCommands()
+{
+    connect(m_menus.mnuExit, &QAction::triggered, this, &QWidget::close);
+    connect(m_ui.cmdExit, &QPushButton::clicked, this, &frmMain::onExitClicked);
+    connect(m_menus.mnuAbout, &QAction::triggered, this, &frmMain::showAbout);
+    // Commands whose work is not part of this build stay unavailable rather than pretending.
+    for (QAction *a : {m_menus.mnuSave, m_menus.mnuUndo, m_menus.mnuRefresh, m_menus.mnuFamilies,
+                       m_menus.mnuOptions, m_menus.mnuHelp, m_menus.mnuCheckUpdates})
+        a->setEnabled(false);
+    for (QPushButton *b : {m_ui.cmdSave, m_ui.cmdUndo, m_ui.cmdSelectAll, m_ui.cmdClearAll, m_ui.cmdReviewUndoNew,
+                           m_ui.cmdReviewUndoLA, m_ui.cmdReviewUndoL1, m_ui.cmdReviewUndoR1, m_ui.cmdReviewUndoRA})
+        b->setEnabled(false);
+}
+
+void frmMain::onExitClicked()
+{
+    close();
+}
+
+void frmMain::showAbout()
+{
+    QMessageBox::about(this, QStringLiteral("About ") + QLatin1String(AppPaths::kTitle),
+                       QLatin1String(AppPaths::kTitle) + QLatin1Char(' ') + Startup::VersionLine()
+                           + QStringLiteral("\n\nAllocates the day's photos to the families of the children in "
+                                            "them.\n\nData folder: ")
+                           + AppPaths::dataDir());
+}
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    ShutDown();
+    event->accept();
+}
+
+void frmMain::ShutDown()
+{
+    if (m_shutDown)
+        return;
+    m_shutDown = true;
+    try {
+        const QString rect = Startup::RectToStore(geometry(), isMinimized());
+        if (!rect.isEmpty())
+            WriteSetting(QStringLiteral("FormRectMn"), rect);
+    } catch (const Error &e) {
+        lib_ErrorHandler(QStringLiteral("ShutDown()"), e);
+    }
+    // Every other window of the application goes with the main one.
+    for (QWidget *w : QApplication::topLevelWidgets()) {
+        if (w != this && w->isVisible())
+            w->close();
+    }
+}
+
+} // namespace quillet
