@@ -72,7 +72,8 @@ bool frmMain::StartUp()
     m_picOriginalSize = m_ui.imgPic->size();
     runStep(QStringLiteral("StartUp: window rectangle"), [this] { restoreWindowRect(); });
     runStep(QStringLiteral("StartUp: title"), [this] {
-        setWindowTitle(Startup::TitleLine(ReadSettingEx(QStringLiteral("PCname")).locked || IsPortableCopy()));
+        ReadSetting(QStringLiteral("PCname")); // any read notices the administrator file
+        setWindowTitle(Startup::TitleLine(IsPortableCopy()));
         m_ui.lblVersion->setText(Startup::VersionLine());
     });
     runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });

@@ -97,15 +97,13 @@ QWidget *MainWindowLayout::buildSourcePane(QWidget *parent)
 
     auto *grid = new QGridLayout(pane);
     grid->setContentsMargins(0, 0, 0, 0);
-    grid->addWidget(lvwSrcFiles, 0, 0);
-    grid->addWidget(txtSrcfilesBg, 0, 0);
-    auto *options = new QHBoxLayout;
-    options->addWidget(chkThumbnails);
-    options->addWidget(chkUseEXIFdate);
-    options->addWidget(chkShowRemovedPhotos);
-    options->addStretch(1);
-    grid->addLayout(options, 1, 0);
-    grid->addWidget(lblSrcFilesCnt, 2, 0);
+    grid->addWidget(lvwSrcFiles, 0, 0, 1, 2);
+    grid->addWidget(txtSrcfilesBg, 0, 0, 1, 2);
+    grid->addWidget(chkThumbnails, 1, 0);
+    grid->addWidget(chkUseEXIFdate, 1, 1);
+    grid->addWidget(chkShowRemovedPhotos, 2, 0);
+    grid->addWidget(lblSrcFilesCnt, 2, 1);
+    grid->setRowStretch(0, 1);
     return pane;
 }
 
@@ -128,12 +126,31 @@ QWidget *MainWindowLayout::buildPicturePane(QWidget *parent)
     lblSizingMsg = named(new QLabel(pane), "lblSizingMsg");
     lblSizingMsg->hide();
 
+    // The photo operations act on the selected photos, so they sit under the picture.
+    cmdRotateLeft = button(pane, "cmdRotateLeft", QStringLiteral("\u21BA"), QStringLiteral("Rotate left (anticlockwise)"));
+    cmdRotateRight = button(pane, "cmdRotateRight", QStringLiteral("\u21BB"), QStringLiteral("Rotate right (clockwise)"));
+    for (QPushButton *rotate : {cmdRotateLeft, cmdRotateRight}) {
+        rotate->setAccessibleName(rotate->toolTip());
+        rotate->setMaximumWidth(rotate->fontMetrics().height() * 3);
+    }
+    cmdDelete = button(pane, "cmdDelete", QStringLiteral("&Delete"), QStringLiteral("Delete selected pictures"));
+    cmdMoveToTemp = button(pane, "cmdMoveToTemp", QStringLiteral("Put &Aside"),
+                           QStringLiteral("Move selected pictures to a temporary directory (they are put aside rather "
+                                          "than deleted)"));
+    auto *operations = new QHBoxLayout;
+    operations->addWidget(cmdRotateLeft);
+    operations->addWidget(cmdRotateRight);
+    operations->addStretch(1);
+    operations->addWidget(cmdDelete);
+    operations->addWidget(cmdMoveToTemp);
+
     auto *grid = new QGridLayout(pane);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->addWidget(lblSrcFileDets, 0, 0);
     grid->addWidget(imgPic, 1, 0);
     grid->addWidget(lblPictureMsg, 1, 0);
     grid->addWidget(lblSrcFileDets1, 2, 0);
+    grid->addLayout(operations, 3, 0);
     grid->setRowStretch(1, 1);
     return pane;
 }
@@ -205,14 +222,6 @@ QWidget *MainWindowLayout::buildCommandRow(QWidget *parent)
     cmdReviewUndoR1 = iconButton(row, "cmdReviewUndoR1", QStyle::SP_MediaSeekForward, QStringLiteral("Review next undo"));
     cmdReviewUndoRA = iconButton(row, "cmdReviewUndoRA", QStyle::SP_MediaSkipForward, QStringLiteral("Review last undo"));
     lblUndoLevelsCnt = named(new QLabel(row), "lblUndoLevelsCnt");
-    cmdRotateLeft = button(row, "cmdRotateLeft", QStringLiteral("\u21BA"), QStringLiteral("Rotate left (anticlockwise)"));
-    cmdRotateRight = button(row, "cmdRotateRight", QStringLiteral("\u21BB"), QStringLiteral("Rotate right (clockwise)"));
-    cmdRotateLeft->setAccessibleName(cmdRotateLeft->toolTip());
-    cmdRotateRight->setAccessibleName(cmdRotateRight->toolTip());
-    cmdDelete = button(row, "cmdDelete", QStringLiteral("&Delete"), QStringLiteral("Delete selected pictures"));
-    cmdMoveToTemp = button(row, "cmdMoveToTemp", QStringLiteral("Put &Aside"),
-                           QStringLiteral("Move selected pictures to a temporary directory (they are put aside rather "
-                                          "than deleted)"));
     cmdExit = button(row, "cmdExit", QStringLiteral("E&xit"), QString());
 
     auto *layout = new QHBoxLayout(row);
@@ -227,10 +236,6 @@ QWidget *MainWindowLayout::buildCommandRow(QWidget *parent)
                        static_cast<QWidget *>(lblUndoLevelsCnt)})
         layout->addWidget(w);
     layout->addStretch(1);
-    for (QWidget *w : {static_cast<QWidget *>(cmdRotateLeft), static_cast<QWidget *>(cmdRotateRight),
-                       static_cast<QWidget *>(cmdDelete), static_cast<QWidget *>(cmdMoveToTemp)})
-        layout->addWidget(w);
-    layout->addSpacing(12);
     layout->addWidget(cmdExit);
     return row;
 }

@@ -1,0 +1,186 @@
+#include "app/settingsstore.h"
+#include "app/startup.h"
+#include "lib/apppaths.h"
+#include "lib/appstate.h"
+#include "lib/inifile.h"
+#include "lib/terminationsignals.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
+#include "ui/frmmain.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <csignal>
+
+using namespace quillet;
+using namespace quillet::test;
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+    TestEnv *m_env = nullptr;
+    ScriptedPrompt *m_port = nullptr;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_env = new TestEnv;
+        m_port = new ScriptedPrompt;
+        appState().isPortableCopy = false;
+    }
+    void cleanup()
+    {
+        delete m_port;
+        delete m_env;
+        appState().isPortableCopy = false;
+    }
+
+    void firstStartWritesDefaultsSecondKeepsUserValues()
+    {
+        QVERIFY(Startup::IsFreshInstallation());
+        {
+            frmMain w;
+            QVERIFY(w.StartUp());
+            QVERIFY(appState().systemLoaded);
+        }
+        QVERIFY(QFileInfo(AppPaths::dataDir()).isDir());
+        for (const auto &[key, value] : SettingDefaults())
+            QCOMPARE(IniFile::read(AppPaths::userIni(), QStringLiteral("Settings"), key), value);
+        QVERIFY(!ReadSetting(QStringLiteral("PCname")).isEmpty());
+
+        WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
+        WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
+        frmMain again;
+        QVERIFY(again.StartUp());
+        QVERIFY(!again.controls().chkThumbnails->isChecked());
+        QCOMPARE(ReadSetting(QStringLiteral("PCname")), QStringLiteral("Office"));
+        QVERIFY(m_port->messages().isEmpty());
+    }
+
+    void debugLogStartsFresh()
+    {
+        m_env->dataDir();
+        QFile old(AppPaths::debugLog());
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write("last session\r\n");
+        old.close();
+        frmMain w;
+        w.StartUp();
+        QFile log(AppPaths::debugLog());
+        QVERIFY(!log.open(QIODevice::ReadOnly) || !log.readAll().contains("last session"));
+    }
+
+    void windowRectangleRestoredAndStored()
+    {
+        m_env->dataDir();
+        WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        QCOMPARE(w.geometry(), QRect(10, 20, 1000, 700));
+        w.setGeometry(QRect(30, 40, 900, 650));
+        QTest::mouseClick(w.controls().cmdExit, Qt::LeftButton);
+        QVERIFY(!w.isVisible());
+        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), QStringLiteral("690;30;930;40"));
+    }
+
+    void minimisedWindowKeepsThePreviousRectangle()
+    {
+        m_env->dataDir();
+        WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
+        frmMain w;
+        w.show();
+        w.StartUp();
+        w.showMinimized();
+        QTRY_VERIFY(w.isMinimized());
+        w.menus().mnuExit->trigger();
+        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), QStringLiteral("720;10;1010;20"));
+    }
+
+    void portableCopyTitle()
+    {
+        m_env->dataDir();
+        QFile admin(AppPaths::adminIni());
+        QVERIFY(admin.open(QIODevice::WriteOnly));
+        admin.write("[Settings]\r\nThumbnails=0\r\n");
+        admin.close();
+        frmMain w;
+        w.StartUp();
+        QVERIFY(w.windowTitle().endsWith(QStringLiteral(" ('Portable' copy)")));
+        QVERIFY(!w.controls().chkThumbnails->isChecked());
+        QVERIFY(!w.controls().chkThumbnails->isEnabled()); // locked by the administrator
+        QVERIFY(w.controls().chkShowParent->isEnabled());
+    }
+
+    void commandsAfterStart()
+    {
+        m_env->dataDir();
+        WriteSetting(QStringLiteral("WebTgtDir"), QStringLiteral("/srv/web"));
+        frmMain w;
+        w.StartUp();
+        const MainMenus &m = w.menus();
+        QVERIFY(!w.controls().cmdRepeatSelect->isEnabled());
+        QVERIFY(!w.controls().cmdDelete->isEnabled());
+        QVERIFY(!m.mnuFamsBothDays->isEnabled());
+        QVERIFY(m.mnuPrepWeb->isEnabled());
+        QVERIFY(!m.mnuPrepCD->isEnabled());
+        for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatch, m.mnuImportBatch})
+            QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
+        QVERIFY(!m.mnuImportPortable->isEnabled());
+        QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
+    }
+
+    void controlNamesAndCaptions_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("save") << "cmdSave" << "&Save";
+        QTest::newRow("repeat sel") << "cmdRepeatSelect" << "Re&peat Sel";
+        QTest::newRow("rep and save") << "cmdRepeatnSave" << "&Rep && Save";
+        QTest::newRow("select all") << "cmdSelectAll" << "Select &All";
+        QTest::newRow("clear all") << "cmdClearAll" << "&Clear All";
+        QTest::newRow("undo") << "cmdUndo" << "&Undo";
+        QTest::newRow("delete") << "cmdDelete" << "&Delete";
+        QTest::newRow("put aside") << "cmdMoveToTemp" << "Put &Aside";
+        QTest::newRow("exit") << "cmdExit" << "E&xit";
+    }
+    void controlNamesAndCaptions()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, caption);
+        frmMain w;
+        auto *b = w.findChild<QPushButton *>(name);
+        QVERIFY2(b, qPrintable(name));
+        QCOMPARE(b->text(), caption);
+        for (const char *n : {"lvwSrcFiles", "lstFamilies", "imgPic", "lblMsg", "lblSrcFilesCnt", "lblFamiliesCnt",
+                              "lblUndoLevelsCnt", "txtSrcfilesBg", "chkFilterFamsMam", "chkFilterFamsFpm",
+                              "chkFilterFamsTHam", "lblSrcFileDets", "lblSrcFileDets1", "lblPictureMsg"})
+            QVERIFY2(w.findChild<QWidget *>(QLatin1String(n)), n);
+    }
+
+    void terminationSignalClosesTheWindow()
+    {
+        m_env->dataDir();
+        frmMain w;
+        TerminationSignals signals;
+        connect(&signals, &TerminationSignals::terminationRequested, &w, &QWidget::close);
+        w.show();
+        w.StartUp();
+        w.setGeometry(QRect(50, 60, 900, 640));
+        std::raise(SIGTERM);
+        QTRY_VERIFY(!w.isVisible());
+        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), QStringLiteral("700;50;950;60"));
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
