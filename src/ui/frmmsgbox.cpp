@@ -108,6 +108,8 @@ void frmMsgBox::buildControls()
     for (QLabel *pic : {m_picCritical, m_picExclamation, m_picInformation, m_picQuestion})
         icons->addWidget(pic);
     icons->addStretch();
+    // Keeps the text clear of the icon without widening the gaps between the buttons.
+    icons->setContentsMargins(0, 0, 10, 0);
 
     m_timTimer = new QTimer(this);
     m_timTimer->setObjectName(QStringLiteral("timTimer"));
@@ -115,7 +117,6 @@ void frmMsgBox::buildControls()
     connect(m_timTimer, &QTimer::timeout, this, &frmMsgBox::tick);
 
     auto *grid = new QGridLayout(this);
-    grid->setHorizontalSpacing(16);
     grid->addLayout(icons, 0, 0);
     grid->addWidget(m_txtMessage, 0, 1);
     grid->addLayout(buildButtonRow(), 1, 0, 1, 2);
@@ -149,6 +150,7 @@ QLayout *frmMsgBox::buildButtonRow()
     row->addWidget(m_cmdPrint);
     row->addStretch();
     row->addWidget(m_lblCountDown);
+    row->addSpacing(6);
     row->addWidget(m_cmdYes);
     row->addWidget(m_cmdNo);
     row->addWidget(m_cmdOk);
@@ -191,22 +193,29 @@ void frmMsgBox::fitToText()
     int longest = 0;
     for (const QString &line : m_txtMessage->toPlainText().split(QLatin1Char('\n')))
         longest = qMax(longest, fm.horizontalAdvance(line));
-    const int maxWidth = qMin(int(area.width() * kMaxWidthShare), kMaxChars * charWidth);
-    const int width = qBound(kMinChars * charWidth, longest + charWidth, qMax(maxWidth, kMinChars * charWidth))
-        + 2 * margin;
+    const int minWidth = kMinChars * charWidth;
+    const int maxWidth = qMax(minWidth, qMin(int(area.width() * kMaxWidthShare), kMaxChars * charWidth));
+    int width = qBound(minWidth, longest + charWidth, maxWidth) + 2 * margin;
 
     // The character count of a line is a floor; word wrapping can need more lines, so the
     // laid-out text decides when it is taller. The text box lays out its own document only once
-    // it has a size, so a copy of it is measured at the width it will have.
+    // it has a size, so a copy of it is measured at the width it will have. Two pixels of slack
+    // keep rounding from bringing up a scroll bar for a text that fits.
     const int lines = MsgBoxRequest::lineCount(m_request.text(), (width - 2 * margin) / charWidth);
     const std::unique_ptr<QTextDocument> document(m_txtMessage->document()->clone());
     document->setTextWidth(width);
-    const int textHeight = qMax(lines * fm.lineSpacing() + 2 * margin, qCeil(document->size().height()));
-    // A little slack so rounding in the layout never brings up a scroll bar for a text that fits.
-    const int height = qMin(textHeight + 2, int(area.height() * kMaxHeightShare));
+    const int textHeight = qMax(lines * fm.lineSpacing() + 2 * margin, qCeil(document->size().height())) + 2;
+    const int maxHeight = int(area.height() * kMaxHeightShare);
+    if (textHeight > maxHeight) {
+        // Scrolling: room for the scroll bar so the lines wrap where they were measured, and a
+        // frame to show that there is more.
+        m_txtMessage->setFrameShape(QFrame::StyledPanel);
+        width += style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, m_txtMessage)
+            + 2 * m_txtMessage->frameWidth();
+    }
 
     // A message box is not resized by hand: its size is the text's.
-    m_txtMessage->setFixedSize(width, height);
+    m_txtMessage->setFixedSize(width, qMin(textHeight, maxHeight));
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }
 
