@@ -135,11 +135,6 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QCOMPARE(ProgressEstimate::completionText(maximum, position, done, elapsedMs), text);
     }
-
-    void processingText()
-    {
-        QCOMPARE(ProgressEstimate::processingText(3, 250), QStringLiteral("Processing 3 of 250"));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestMsgBoxRequest)
