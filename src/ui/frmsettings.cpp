@@ -19,6 +19,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -157,6 +158,8 @@ QWidget *frmSettings::makeControl(const SettingsForm::Field &f)
         auto *edit = new QLineEdit(this);
         if (f.kind == K::Number)
             edit->setValidator(new QIntValidator(0, 100000, edit));
+        if (f.kind == K::Folder) // room for a real path
+            edit->setMinimumWidth(edit->fontMetrics().averageCharWidth() * 34);
         w = edit;
         break;
     }
@@ -196,13 +199,13 @@ void frmSettings::addRow(QGridLayout *grid, int row, const char *key, int column
 
 void frmSettings::addLookup(const char *key, const char *buttonName, const QString &prompt)
 {
-    auto *button = new QPushButton(QStringLiteral("..."), this);
+    auto *button = new QToolButton(this);
+    button->setText(QStringLiteral("..."));
     button->setObjectName(QLatin1String(buttonName));
     button->setToolTip(prompt);
-    button->setMaximumWidth(button->fontMetrics().horizontalAdvance(QStringLiteral("...")) * 3);
     m_lookups.insert(QLatin1String(key), button);
     auto *edit = static_cast<QLineEdit *>(m_controls.value(QLatin1String(key)));
-    connect(button, &QPushButton::clicked, this, [edit, prompt] {
+    connect(button, &QToolButton::clicked, this, [edit, prompt] {
         const QString chosen = lib_BrowseForFolder(ExpandSpecialDir(edit->text(), false), prompt);
         if (!chosen.isEmpty())
             edit->setText(ExpandSpecialDir(QDir::cleanPath(chosen), true));
@@ -276,13 +279,14 @@ QWidget *frmSettings::buildPublishing()
         const QString p = QLatin1String(prefix);
         addRow(grid, row++, p == QLatin1String("Web") ? "WebTgtDir" : "CdTgtDir");
         addRow(grid, row, p == QLatin1String("Web") ? "WebMinDate" : "CdMinDate");
-        auto *swap = new QPushButton(QStringLiteral("-->"), this);
+        auto *swap = new QToolButton(this);
+        swap->setText(QStringLiteral("-->"));
         swap->setObjectName(p == QLatin1String("Web") ? QStringLiteral("cmdSwapWebDate") : QStringLiteral("cmdSwapCdDate"));
         swap->setToolTip(QStringLiteral("Set max date equal to min date"));
         grid->addWidget(swap, row++, 2);
         auto *minDate = static_cast<QDateTimeEdit *>(m_controls.value(p + QStringLiteral("MinDate")));
         auto *maxDate = static_cast<QDateTimeEdit *>(m_controls.value(p + QStringLiteral("MaxDate")));
-        connect(swap, &QPushButton::clicked, this, [minDate, maxDate] { maxDate->setDateTime(minDate->dateTime()); });
+        connect(swap, &QToolButton::clicked, this, [minDate, maxDate] { maxDate->setDateTime(minDate->dateTime()); });
         addRow(grid, row++, p == QLatin1String("Web") ? "WebMaxDate" : "CdMaxDate");
         addRow(grid, row++, p == QLatin1String("Web") ? "WebTgtInclFam" : "CdTgtInclFam");
         addRow(grid, row++, p == QLatin1String("Web") ? "WebAllowPriv" : "CdAllowPriv");
