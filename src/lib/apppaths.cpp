@@ -30,4 +30,14 @@ QString applicationDir()
     return QDir::currentPath();
 }
 
+QString placeholderPicture()
+{
+    return applicationDir() + QStringLiteral("/ThumbnailPlaceholder.gif");
+}
+
+QString helpPage()
+{
+    return applicationDir() + QLatin1Char('/') + QLatin1String(kExeBase) + QStringLiteral(".html");
+}
+
 } // namespace quillet::AppPaths

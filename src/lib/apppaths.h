@@ -23,6 +23,9 @@ QString debugLog();       // quilletDebug.txt
 QString debugView();      // quilletDebug1.txt
 // The folder of the running executable; relative settings resolve against it.
 QString applicationDir();
+// Files shipped beside the executable.
+QString placeholderPicture();  // ThumbnailPlaceholder.gif
+QString helpPage();            // quillet.html
 
 } // namespace AppPaths
 } // namespace quillet

@@ -7,6 +7,7 @@
 #include "lib/debuglog.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
+#include "lib/userprompt.h"
 
 #include <QAction>
 #include <QApplication>
@@ -150,9 +151,13 @@ void frmMain::wireCommands()
     connect(m_menus.mnuExit, &QAction::triggered, this, &QWidget::close);
     connect(m_ui.cmdExit, &QPushButton::clicked, this, &frmMain::onExitClicked);
     connect(m_menus.mnuAbout, &QAction::triggered, this, &frmMain::showAbout);
+    connect(m_menus.mnuHelp, &QAction::triggered, this, [] {
+        if (!prompt().openWithDefaultProgram(AppPaths::helpPage()))
+            lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
+    });
     // Commands whose work is not part of this build stay unavailable rather than pretending.
     for (QAction *a : {m_menus.mnuSave, m_menus.mnuUndo, m_menus.mnuRefresh, m_menus.mnuFamilies,
-                       m_menus.mnuOptions, m_menus.mnuHelp, m_menus.mnuCheckUpdates})
+                       m_menus.mnuOptions, m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     for (QPushButton *b : {m_ui.cmdSave, m_ui.cmdUndo, m_ui.cmdSelectAll, m_ui.cmdClearAll, m_ui.cmdReviewUndoNew,
                            m_ui.cmdReviewUndoLA, m_ui.cmdReviewUndoL1, m_ui.cmdReviewUndoR1, m_ui.cmdReviewUndoRA})

@@ -167,6 +167,17 @@ private Q_SLOTS:
             QVERIFY2(w.findChild<QWidget *>(QLatin1String(n)), n);
     }
 
+    void helpOpensThePageBesideTheProgram()
+    {
+        m_env->dataDir();
+        frmMain w;
+        w.StartUp();
+        QVERIFY(w.menus().mnuHelp->isEnabled());
+        w.menus().mnuHelp->trigger();
+        QCOMPARE(m_port->opened, QStringList{AppPaths::helpPage()});
+        QVERIFY(AppPaths::helpPage().endsWith(QStringLiteral("/quillet.html")));
+    }
+
     void terminationSignalClosesTheWindow()
     {
         m_env->dataDir();

@@ -1,0 +1,216 @@
+#include "app/settingsstore.h"
+#include "lib/apppaths.h"
+#include "lib/appstate.h"
+#include "settings/settingsdatabase.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
+#include "ui/frmsettings.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTimeEdit>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSlider>
+#include <QStandardPaths>
+#include <QTest>
+
+using namespace quillet;
+using namespace quillet::test;
+
+namespace {
+
+class MemoryParams : public SettingsDatabase
+{
+public:
+    QHash<QString, QVariant> params;
+    QVariant ReadParam(const QString &name) override { return params.value(name); }
+    void WriteParam(const QString &name, const QVariant &value) override { params.insert(name, value); }
+    QList<QPair<QString, int>> CurrentFamilies() override
+    {
+        return {{QStringLiteral("Ann Lee"), 3}, {QStringLiteral("Bob"), 7}};
+    }
+};
+
+} // namespace
+
+class TestSettingsDialog : public QObject
+{
+    Q_OBJECT
+
+    TestEnv *m_env = nullptr;
+    ScriptedPrompt *m_port = nullptr;
+    MemoryParams m_db;
+
+    template<typename T>
+    static T *child(QWidget &w, const char *name)
+    {
+        T *c = w.findChild<T *>(QLatin1String(name));
+        if (!c)
+            qWarning("missing control %s", name);
+        return c;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_env = new TestEnv;
+        m_env->dataDir();
+        m_port = new ScriptedPrompt;
+        m_db.params.clear();
+        appState().isPortableCopy = false;
+        QDir().mkpath(m_env->path(QStringLiteral("src")));
+        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
+        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
+        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
+        WriteSetting(QStringLiteral("ResizeExclFam"), QStringLiteral("7"));
+    }
+    void cleanup()
+    {
+        delete m_port;
+        delete m_env;
+        appState().isPortableCopy = false;
+    }
+
+    void everyControlIsThere()
+    {
+        frmSettings dlg(m_db);
+        for (const SettingsForm::Field &f : SettingsForm::Fields())
+            QVERIFY2(dlg.findChild<QWidget *>(QLatin1String(f.control)), f.control);
+        for (const char *name : {"txtDataDir", "cmdSrcLookup", "cmdTgtLookup", "cmdBatchXfrDirLookup",
+                                 "cmdPortableCopyXfrDirLookup", "cmdWebTgtLookup", "cmdCdTgtLookup", "cmdSwapWebDate",
+                                 "cmdSwapCdDate", "cmdResetFormSizes", "cmdSave", "cmdCancel", "lblMsg"})
+            QVERIFY2(dlg.findChild<QWidget *>(QLatin1String(name)), name);
+        QCOMPARE(child<QLineEdit>(dlg, "txtPCname")->toolTip(),
+                 QStringLiteral("When using batchfiles, each PC needs a unique name"));
+        QCOMPARE(child<QAbstractButton>(dlg, "cmdSwapCdDate")->toolTip(), QStringLiteral("Set max date equal to min date"));
+    }
+
+    void loadShowsValues()
+    {
+        const QString pics = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+        WriteSetting(QStringLiteral("BatchXfrDir"), pics + QStringLiteral("/xfr"));
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        QCOMPARE(child<QLineEdit>(dlg, "txtBatchXfrDir")->text(), QStringLiteral("<My Pictures>/xfr"));
+        QCOMPARE(child<QComboBox>(dlg, "cboResizeExclFamily")->currentText(), QStringLiteral("Bob"));
+        QCOMPARE(child<QLabel>(dlg, "lblTargetResizeMaxDim")->text(), QStringLiteral("1024"));
+        child<QSlider>(dlg, "sldTargetResizeQuality")->setValue(5);
+        QCOMPARE(child<QLabel>(dlg, "lblTargetResizeQuality")->text(), QStringLiteral("Superb"));
+        QCOMPARE(child<QLineEdit>(dlg, "txtMorningSessEnd")->text(), QStringLiteral("12:30"));
+        QVERIFY(m_port->messages().isEmpty());
+    }
+
+    void resizeNoteAndUnallocatedRule()
+    {
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        auto *unalloc = child<QCheckBox>(dlg, "chkUnallocResize");
+        QVERIFY(!unalloc->isEnabled()); // no Batch Xfr Dir yet
+        child<QLineEdit>(dlg, "txtBatchXfrDir")->setText(QStringLiteral("/srv/xfr"));
+        QVERIFY(unalloc->isEnabled());
+        unalloc->setChecked(true);
+        QCOMPARE(m_port->lastText(), QStringLiteral("Note: using resize option will lose any EXIF data in the target file"));
+        QCOMPARE(m_port->messages().last().timeout, 3);
+        child<QLineEdit>(dlg, "txtBatchXfrDir")->clear();
+        QVERIFY(!unalloc->isChecked());
+        QVERIFY(!unalloc->isEnabled());
+    }
+
+    void lookupWritesPlaceholderForm()
+    {
+        const QString pics = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        m_port->choose(pics + QStringLiteral("/Incoming"));
+        QTest::mouseClick(child<QAbstractButton>(dlg, "cmdSrcLookup"), Qt::LeftButton);
+        QCOMPARE(child<QLineEdit>(dlg, "txtSrcDir")->text(), QStringLiteral("<My Pictures>/Incoming"));
+        const QString before = child<QLineEdit>(dlg, "txtTgtDir")->text();
+        QTest::mouseClick(child<QAbstractButton>(dlg, "cmdTgtLookup"), Qt::LeftButton); // cancelled
+        QCOMPARE(child<QLineEdit>(dlg, "txtTgtDir")->text(), before);
+    }
+
+    void swapDatesAndResetSizes()
+    {
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        child<QDateTimeEdit>(dlg, "dtpWebMinDate")->setDateTime(QDateTime(QDate(2024, 3, 1), QTime(0, 0)));
+        QTest::mouseClick(child<QAbstractButton>(dlg, "cmdSwapWebDate"), Qt::LeftButton);
+        QCOMPARE(child<QDateTimeEdit>(dlg, "dtpWebMaxDate")->dateTime(), QDateTime(QDate(2024, 3, 1), QTime(0, 0)));
+        QTest::mouseClick(child<QPushButton>(dlg, "cmdResetFormSizes"), Qt::LeftButton);
+        QCOMPARE(m_port->lastText(),
+                 QStringLiteral("To do this, close the application, then restart it whilst holding down the Shift key"));
+    }
+
+    void saveWritesAndCloses()
+    {
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        dlg.show();
+        child<QCheckBox>(dlg, "chkBeepOnDateChange")->setChecked(false);
+        child<QComboBox>(dlg, "cboResizeExclFamily")->setCurrentIndex(1);
+        child<QLineEdit>(dlg, "txtPrivacyText")->setText(QStringLiteral("(Private)"));
+        QTest::mouseClick(child<QPushButton>(dlg, "cmdSave"), Qt::LeftButton);
+        QVERIFY(dlg.Updated());
+        QVERIFY(!dlg.isVisible());
+        QCOMPARE(ReadSetting(QStringLiteral("BeepOnDtChg")), QStringLiteral("0"));
+        QCOMPARE(ReadSetting(QStringLiteral("ResizeExclFam")), QStringLiteral("3"));
+        QCOMPARE(m_db.params.value(QStringLiteral("PrivacyText")).toString(), QStringLiteral("Private"));
+        QCOMPARE(ReadSetting(QStringLiteral("WebMinDate")), QStringLiteral("20000101 000000"));
+    }
+
+    void closeAsksOnlyWhenEdited()
+    {
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        dlg.show();
+        child<QLineEdit>(dlg, "txtPCname")->setFocus();
+        QTest::keyClicks(child<QLineEdit>(dlg, "txtPCname"), QStringLiteral("X"));
+        m_port->answer(false);
+        QTest::mouseClick(child<QPushButton>(dlg, "cmdCancel"), Qt::LeftButton);
+        QVERIFY(dlg.isVisible());
+        m_port->answer(true);
+        QTest::keyClick(&dlg, Qt::Key_Escape);
+        QVERIFY(!dlg.isVisible());
+        QVERIFY(!dlg.Updated());
+        QVERIFY(ReadSetting(QStringLiteral("PCname")) != child<QLineEdit>(dlg, "txtPCname")->text());
+    }
+
+    void portableCopyDisablesLockedControls()
+    {
+        QFile admin(AppPaths::adminIni());
+        QVERIFY(admin.open(QIODevice::WriteOnly));
+        admin.write("[Settings]\r\nCreateBatchs=1\r\n");
+        admin.close();
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        QCOMPARE(child<QLabel>(dlg, "lblMsg")->text(),
+                 QStringLiteral("This is a 'portable' copy of the application, some features locked by the administrator"));
+        for (const char *name : {"txtSrcDir", "cmdSrcLookup", "txtTgtDir", "chkCreateBatchfiles", "txtPCname",
+                                 "txtPrivacyText", "cboResizeExclFamily", "txtBatchXfrDir", "cmdBatchXfrDirLookup"})
+            QVERIFY2(!child<QWidget>(dlg, name)->isEnabled(), name);
+        QVERIFY(child<QWidget>(dlg, "txtMorningSessEnd")->isEnabled());
+        QVERIFY(child<QWidget>(dlg, "chkAutoReselPriv")->isEnabled());
+    }
+
+    void looksRight()
+    {
+        frmSettings dlg(m_db);
+        dlg.LoadData();
+        dlg.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dlg));
+        // Nothing clipped: every visible control gets at least its minimum size.
+        for (QWidget *w : dlg.findChildren<QWidget *>()) {
+            if (w->isVisible() && !w->objectName().isEmpty())
+                QVERIFY2(w->width() >= w->minimumSizeHint().width() - 1, qPrintable(w->objectName()));
+        }
+        const QString shot = qEnvironmentVariable("QUILLET_SCREENSHOT_DIR");
+        if (!shot.isEmpty())
+            dlg.grab().save(shot + QStringLiteral("/settings.png"));
+    }
+};
+
+QTEST_MAIN(TestSettingsDialog)
+#include "tst_settingsdialog.moc"
