@@ -1,5 +1,6 @@
 #include "lib/terminationsignals.h"
 #include "ui/frmmain.h"
+#include "ui/widgetprompt.h"
 
 #include <QApplication>
 
@@ -10,6 +11,8 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("quillet"));
 
+    // Every question and message of the core is shown by the application's own windows.
+    quillet::WidgetPrompt userPrompt;
     quillet::frmMain window;
     quillet::TerminationSignals signals;
     QObject::connect(&signals, &quillet::TerminationSignals::terminationRequested, &window, &QWidget::close);

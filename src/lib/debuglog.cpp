@@ -74,11 +74,9 @@ void ShowDebugText(const QString &text, const QString &path)
         }
         f.write(text.toUtf8());
     }
-    UserPrompt &port = prompt();
-    port.openWithDefaultProgram(file);
-    if (port.waitForWindow(QLatin1Char('*') + QFileInfo(file).fileName() + QLatin1Char('*'), 10000))
-        lib_KillFile(file);
-    else
+    // The desktop opens the file in the user's editor. Other programs' windows cannot be watched
+    // from here, so the view file is not trashed afterwards; the next view overwrites it.
+    if (!prompt().openWithDefaultProgram(file))
         lib_MsgInfo(QStringLiteral("Sorry, could not find debug text window"));
 }
 

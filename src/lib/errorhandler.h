@@ -3,6 +3,8 @@
 #include "error.h"
 
 #include <QString>
+#include <QStringList>
+#include <QTime>
 
 namespace quillet {
 

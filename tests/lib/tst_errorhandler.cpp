@@ -204,20 +204,23 @@ private Q_SLOTS:
         QCOMPARE(lib_Stopwatch(9), 0);
     }
 
-    void showDebugTextWithoutEditorWindow()
+    void showDebugText()
     {
         TestEnv env;
         env.dataDir();
         ScriptedPrompt port;
-        port.windowFound = false;
         ShowDebugText(QStringLiteral("row 1\r\nrow 2"));
         QCOMPARE(port.opened, QStringList{GetDebugViewPath()});
-        QCOMPARE(port.lastText(), QStringLiteral("Sorry, could not find debug text window"));
-        QVERIFY(QFile::exists(GetDebugViewPath()));
+        QVERIFY(port.messages().isEmpty());
+        QFile view(GetDebugViewPath());
+        QVERIFY(view.open(QIODevice::ReadOnly));
+        QCOMPARE(view.readAll(), QByteArray("row 1\r\nrow 2"));
+        view.close();
 
-        port.windowFound = true;
-        ShowDebugText(QStringLiteral("again"));
-        QVERIFY(!QFile::exists(GetDebugViewPath())); // the editor keeps its own copy
+        port.openResult = false; // no program to show it
+        ShowDebugText(QString(), env.writeFile(QStringLiteral("list.txt"), "x"));
+        QCOMPARE(port.opened.last(), env.path(QStringLiteral("list.txt")));
+        QCOMPARE(port.lastText(), QStringLiteral("Sorry, could not find debug text window"));
     }
 };
 

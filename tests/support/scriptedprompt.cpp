@@ -89,7 +89,7 @@ QString ScriptedPrompt::typedText(const QString &, const QString &)
 bool ScriptedPrompt::openWithDefaultProgram(const QString &path)
 {
     opened << path;
-    return true;
+    return openResult;
 }
 
 } // namespace quillet::test

@@ -43,6 +43,7 @@ public:
     int cancelAtPosition = 0;
 
     QStringList opened;        // openWithDefaultProgram
+    bool openResult = true;    // what openWithDefaultProgram answers
     QString clipboard;
     int beeps = 0;
     bool shift = false;
