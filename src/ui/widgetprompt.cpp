@@ -49,6 +49,11 @@ WidgetPrompt::WidgetPrompt()
     setPrompt(this);
 }
 
+frmProgressRpt *WidgetPrompt::progressWindow() const
+{
+    return m_progress;
+}
+
 WidgetPrompt::~WidgetPrompt()
 {
     if (&prompt() == this)

@@ -27,7 +27,7 @@ public:
     void progressUpdate(int position, int done) override;
     void progressHide() override;
     // The progress window, nullptr until the first progress call.
-    frmProgressRpt *progressWindow() const { return m_progress; }
+    frmProgressRpt *progressWindow() const;
 
     QString browseForFolder(const QString &startDir, const QString &prompt) override;
     QString openFileDialog(const QString &description, const QString &extension, const QString &startDir,
