@@ -1,0 +1,133 @@
+#include "workspace/familylistmodel.h"
+#include "workspace/orderedprefetch.h"
+#include "workspace/sourcelistmodel.h"
+
+#include <QAtomicInt>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+using namespace quillet;
+
+class TestListModels : public QObject
+{
+    Q_OBJECT
+
+    static SourceListModel::Entry entry(int row, const QString &text)
+    {
+        SourceListModel::Entry e;
+        e.row = row;
+        e.text = text;
+        e.tag = e.colour = QStringLiteral("BLACK");
+        return e;
+    }
+
+private Q_SLOTS:
+    void keysAndSelection()
+    {
+        SourceListModel m;
+        m.append(entry(3, QStringLiteral("a.jpg")));
+        m.append(entry(17, QStringLiteral("b.jpg")));
+        QCOMPARE(m.data(m.index(1), SourceListModel::KeyRole).toString(), QStringLiteral("K17"));
+        QCOMPARE(SourceListModel::RowOfKey(QStringLiteral("K17")), 17);
+        QCOMPARE(m.positionOfRow(17), 1);
+        QCOMPARE(m.positionOfRow(4), -1);
+
+        QSignalSpy changed(&m, &SourceListModel::selectionChanged);
+        m.setSelected(1, true);
+        m.setSelected(1, true); // no change, no signal
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(m.selectedRows(), QList<int>{17});
+        m.HighlightSourceSelections(true);
+        QVERIFY(m.at(1).ghosted && !m.at(0).ghosted);
+        m.HighlightSourceSelections(false);
+        QVERIFY(!m.at(1).ghosted);
+        m.removeAt(1);
+        QCOMPARE(changed.count(), 2); // a selected entry left
+        QVERIFY(m.selectedRows().isEmpty());
+    }
+
+    void viewsShowDifferentThings()
+    {
+        SourceListModel m;
+        auto e = entry(1, QStringLiteral("IMG_1.jpg"));
+        e.thumbnail = QImage(96, 72, QImage::Format_RGB32);
+        m.append(e);
+        m.setThumbnailView(true);
+        QVERIFY(!m.data(m.index(0), Qt::DisplayRole).isValid());
+        QCOMPARE(m.data(m.index(0), Qt::DecorationRole).value<QImage>().size(), QSize(96, 72));
+        m.setThumbnailView(false);
+        QCOMPARE(m.data(m.index(0), Qt::DisplayRole).toString(), QStringLiteral("IMG_1.jpg"));
+        QCOMPARE(m.data(m.index(0), Qt::DecorationRole).value<QImage>().size(), QSize(12, 12));
+    }
+
+    void insertByName()
+    {
+        const QStringList names = {QString(), QStringLiteral("b.jpg"), QStringLiteral("d.jpg"), QStringLiteral("a.jpg"),
+                                   QStringLiteral("c.jpg"), QStringLiteral("e.jpg")};
+        auto nameOf = [&names](int row) { return names.value(row); };
+        SourceListModel m;
+        m.append(entry(1, names[1]));
+        m.append(entry(2, names[2]));
+        m.insertByName(entry(4, names[4]), nameOf); // between
+        m.insertByName(entry(3, names[3]), nameOf); // first
+        m.insertByName(entry(5, names[5]), nameOf); // last
+        QStringList order;
+        for (int i = 0; i < m.rowCount(); ++i)
+            order << m.at(i).text;
+        QCOMPARE(order, (QStringList{"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg"}));
+    }
+
+    void familySelection()
+    {
+        FamilyListModel m;
+        m.setEntries({{QStringLiteral("Ann Lee"), 3, false},
+                      {QStringLiteral("(Staff)"), 9, false},
+                      {QStringLiteral(" (Keep Private)"), FamilyListModel::kPrivacyMarkerId, false},
+                      {QStringLiteral("Bob"), 7, false}});
+        m.selectAll();
+        QCOMPARE(m.selectedPositions(), (QList<int>{0, 3}));
+        m.clearSelection();
+        QVERIFY(!m.anyRealFamilySelected());
+        m.setSelected(m.privacyMarkerPosition(), true);
+        QVERIFY(!m.anyRealFamilySelected()); // the marker alone cannot be saved
+        m.setSelected(m.positionOfId(7), true);
+        QVERIFY(m.anyRealFamilySelected());
+    }
+
+    void prefetchKeepsOrderAndBoundsTheWindow()
+    {
+        QAtomicInt started;
+        OrderedPrefetch<int> prefetch(
+            50,
+            [&](int i) {
+                started.fetchAndAddOrdered(1);
+                QThread::msleep(i % 3);
+                return i * i;
+            },
+            8);
+        int timerTicks = 0;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] { ++timerTicks; });
+        timer.start(0);
+        for (int i = 0; i < 50; ++i) {
+            QCOMPARE(prefetch.take(i), i * i);
+            QVERIFY(started.loadRelaxed() <= std::min(50, i + 8)); // never more than the window ahead
+        }
+        QVERIFY(timerTicks > 0); // events ran while waiting
+    }
+
+    void prefetchCancelStopsEarly()
+    {
+        QAtomicInt started;
+        {
+            OrderedPrefetch<int> prefetch(1000, [&](int i) { started.fetchAndAddOrdered(1); return i; }, 4);
+            QCOMPARE(prefetch.take(0), 0);
+            prefetch.cancel();
+        }
+        QVERIFY(started.loadRelaxed() <= 4);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestListModels)
+#include "tst_listmodels.moc"
