@@ -1,0 +1,313 @@
+#include "familydatabase.h"
+
+#include "jetsql.h"
+#include "settingsstore.h"
+#include "sqlitecollation.h"
+
+#include "lib/apppaths.h"
+#include "lib/error.h"
+#include "lib/errorhandler.h"
+#include "lib/fileutils.h"
+#include "lib/texthelpers.h"
+
+#include <QAtomicInt>
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QSqlError>
+#include <QSqlField>
+#include <QSqlQuery>
+
+namespace quillet {
+
+namespace {
+
+QAtomicInt g_connections;
+
+const char *const kSchema[] = {
+    "CREATE TABLE tblFamilies ("
+    " FamilyID INTEGER PRIMARY KEY,"
+    " FirstName TEXT NOT NULL COLLATE QNOCASE,"
+    " LastName TEXT COLLATE QNOCASE,"
+    " Parent TEXT COLLATE QNOCASE,"
+    " Current INTEGER NOT NULL DEFAULT -1,"
+    " NoUploadToWeb INTEGER NOT NULL DEFAULT 0,"
+    " NoCopyToCd INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysMam INTEGER NOT NULL DEFAULT 0, FamDaysTam INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysWam INTEGER NOT NULL DEFAULT 0, FamDaysTHam INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysFam INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysMpm INTEGER NOT NULL DEFAULT 0, FamDaysTpm INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysWpm INTEGER NOT NULL DEFAULT 0, FamDaysTHpm INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysFpm INTEGER NOT NULL DEFAULT 0,"
+    " FamDaysOverride INTEGER NOT NULL DEFAULT 0,"
+    " StartDate TEXT, EndDate TEXT)",
+    "CREATE INDEX ixFamiliesName ON tblFamilies (FirstName, LastName)",
+    "CREATE TABLE _tblParams ("
+    " DBversion INTEGER, PrivacyText TEXT COLLATE QNOCASE, MorningSessEnd TEXT, AfternoonSessEnd TEXT,"
+    " WebAllowPriv INTEGER, WebCopyPriv INTEGER, CdAllowPriv INTEGER, CdCopyPriv INTEGER,"
+    " LastDBUpdate TEXT, LastExport TEXT, LastExportFromPC TEXT)",
+    "INSERT INTO _tblParams (DBversion, WebAllowPriv, WebCopyPriv, CdAllowPriv, CdCopyPriv) VALUES (1, 0, 0, 0, 0)",
+};
+
+QString sqlError(const QSqlError &e)
+{
+    return e.databaseText().isEmpty() ? e.text() : e.databaseText();
+}
+
+// Values as the database stores them: booleans -1/0, times and dates as ISO text.
+QVariant toStored(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return value.toBool() ? -1 : 0;
+    case QMetaType::QTime:
+        return value.toTime().toString(QStringLiteral("HH:mm:ss"));
+    case QMetaType::QDate:
+        return value.toDate().toString(QStringLiteral("yyyy-MM-dd"));
+    case QMetaType::QDateTime:
+        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    default:
+        return value;
+    }
+}
+
+QString csvField(const QVariant &v, bool text)
+{
+    if (v.isNull())
+        return QStringLiteral("#NULL#");
+    return text ? QLatin1Char('"') + v.toString() + QLatin1Char('"') : v.toString();
+}
+
+} // namespace
+
+FamilyDatabase::FamilyDatabase()
+    : m_connectionName(QStringLiteral("quillet-families-") + QString::number(g_connections.fetchAndAddOrdered(1)))
+{
+}
+
+FamilyDatabase::~FamilyDatabase()
+{
+    CloseDatabase();
+}
+
+QString FamilyDatabase::DbPath()
+{
+    return AppPaths::databaseFile();
+}
+
+QSqlDatabase FamilyDatabase::connection() const
+{
+    return QSqlDatabase::database(m_connectionName, false);
+}
+
+bool FamilyDatabase::Provision(const QString &path)
+{
+    const QString name = QStringLiteral("quillet-provision");
+    bool ok = true;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(path);
+        ok = db.open() && RegisterTextCollation(db);
+        QSqlQuery q(db);
+        for (const char *statement : kSchema)
+            ok = ok && q.exec(QLatin1String(statement));
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return ok;
+}
+
+bool FamilyDatabase::isOpen() const
+{
+    return connection().isOpen();
+}
+
+bool FamilyDatabase::tryOpen(const QString &path)
+{
+    CloseDatabase();
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+    db.setDatabaseName(path);
+    if (!db.open() || !RegisterTextCollation(db)) {
+        m_lastError = sqlError(db.lastError());
+        return false;
+    }
+    QSqlQuery check(db);
+    if (!check.exec(QStringLiteral("PRAGMA integrity_check")) || !check.next()
+        || check.value(0).toString() != QLatin1String("ok")) {
+        m_lastError = check.lastError().isValid() ? sqlError(check.lastError())
+                                                  : QStringLiteral("Integrity check: ") + check.value(0).toString();
+        return false;
+    }
+    QSqlQuery params(db);
+    if (!params.exec(QStringLiteral("SELECT * FROM _tblParams")) || !params.next()) {
+        m_lastError = params.lastError().isValid() ? sqlError(params.lastError())
+                                                   : QStringLiteral("The parameter row is missing");
+        return false;
+    }
+    m_params = params.record();
+    m_dbVersion = m_params.value(QStringLiteral("DBversion")).toInt();
+    return true;
+}
+
+bool FamilyDatabase::repair(const QString &path)
+{
+    CloseDatabase();
+    // First rebuild every index from its table (the usual damage after a crash), then rebuild the
+    // whole file into a fresh one that replaces the original only when it was written completely.
+    // The integrity check of the next open decides whether this was enough.
+    const QString temp = lib_TempCopyName(path, path);
+    const QString name = QStringLiteral("quillet-repair");
+    bool reindexed = false;
+    bool rebuilt = false;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(path);
+        if (db.open() && RegisterTextCollation(db)) {
+            QSqlQuery q(db);
+            reindexed = q.exec(QStringLiteral("REINDEX"));
+            rebuilt = q.exec(QStringLiteral("VACUUM INTO '") + QString(temp).replace(QLatin1Char('\''), QStringLiteral("''"))
+                             + QLatin1Char('\''));
+            if (!reindexed && !rebuilt)
+                m_lastError = sqlError(q.lastError());
+        } else {
+            m_lastError = sqlError(db.lastError());
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    if (rebuilt && QFileInfo::exists(temp)) {
+        QFile::remove(path);
+        return QFile::rename(temp, path);
+    }
+    QFile::remove(temp);
+    return reindexed;
+}
+
+bool FamilyDatabase::OpenDatabase()
+{
+    const QString path = DbPath();
+    if (!QFileInfo::exists(path)) {
+        lib_MsgError(QStringLiteral("Fatal Error: database file not found\r\n") + path);
+        return false;
+    }
+    if (tryOpen(path))
+        return true;
+    if (repair(path) && tryOpen(path))
+        return true;
+    CloseDatabase();
+    lib_MsgError(QStringLiteral("Fatal Error: could not establish database integrity, repair failed\r\nError: ")
+                 + m_lastError + QStringLiteral("\r\nDB: ") + path);
+    return false;
+}
+
+void FamilyDatabase::CloseDatabase()
+{
+    m_params = QSqlRecord();
+    if (QSqlDatabase::contains(m_connectionName)) {
+        {
+            QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(m_connectionName);
+    }
+}
+
+QList<QSqlRecord> FamilyDatabase::select(const QString &jetSql) const
+{
+    QSqlQuery q(connection());
+    q.setForwardOnly(true);
+    if (!q.exec(translateJetSql(jetSql)))
+        throw Error(kObjectErrorBase + 1, QStringLiteral("FamilyDatabase"),
+                    sqlError(q.lastError()) + QStringLiteral("\r\nSQL: ") + jetSql);
+    QList<QSqlRecord> rows;
+    while (q.next())
+        rows << q.record();
+    return rows;
+}
+
+void FamilyDatabase::exec(const QString &jetSql, const QVariantList &values) const
+{
+    QSqlQuery q(connection());
+    q.prepare(translateJetSql(jetSql));
+    for (const QVariant &v : values)
+        q.addBindValue(toStored(v));
+    if (!q.exec())
+        throw Error(kObjectErrorBase + 1, QStringLiteral("FamilyDatabase"),
+                    sqlError(q.lastError()) + QStringLiteral("\r\nSQL: ") + jetSql);
+}
+
+QVariant FamilyDatabase::ReadParam(const QString &name)
+{
+    return m_params.value(name);
+}
+
+void FamilyDatabase::WriteParam(const QString &name, const QVariant &value)
+{
+    const QVariant stored = toStored(value);
+    const QString before = m_params.value(name).isNull() ? QString() : m_params.value(name).toString();
+    const QString after = stored.isNull() ? QString() : stored.toString();
+    if (before == after)
+        return;
+    const bool stamp = name.left(10) != QLatin1String("LastExport");
+    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    QString sql = QStringLiteral("UPDATE _tblParams SET [") + name + QStringLiteral("]=?");
+    QVariantList values{stored};
+    if (stamp) {
+        sql += QStringLiteral(", LastDBUpdate=?");
+        values << now;
+    }
+    exec(sql, values);
+    m_params.setValue(name, stored);
+    if (stamp)
+        m_params.setValue(QStringLiteral("LastDBUpdate"), now);
+}
+
+void FamilyDatabase::TouchLastDBUpdate()
+{
+    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    exec(QStringLiteral("UPDATE _tblParams SET LastDBUpdate=?"), {now});
+    m_params.setValue(QStringLiteral("LastDBUpdate"), now);
+}
+
+QList<QPair<QString, int>> FamilyDatabase::CurrentFamilies()
+{
+    QList<QPair<QString, int>> out;
+    const auto rows = select(QStringLiteral("SELECT * FROM tblFamilies WHERE [Current]=True ORDER BY "
+                                            "IIf([FirstName] LIKE '(%','zzz'&[FirstName],[FirstName]) & [LastName]"));
+    for (const QSqlRecord &r : rows) {
+        QString name = r.value(QStringLiteral("FirstName")).toString();
+        if (!r.value(QStringLiteral("LastName")).isNull())
+            name += QLatin1Char(' ') + r.value(QStringLiteral("LastName")).toString();
+        out.append({name, r.value(QStringLiteral("FamilyID")).toInt()});
+    }
+    return out;
+}
+
+QString FamilyDatabase::ReadPrivacyText()
+{
+    if (m_privacyTextCache.isEmpty())
+        m_privacyTextCache = ReadParam(QStringLiteral("PrivacyText")).toString();
+    return m_privacyTextCache;
+}
+
+void FamilyDatabase::WriteFamilyIDsCsv()
+{
+    const QString path = lib_JoinPath(ReadSetting(QStringLiteral("SrcDir")), QStringLiteral("_FamilyIDs.csv"));
+    QString text;
+    for (const QSqlRecord &r : select(QStringLiteral("SELECT * FROM tblFamilies"))) {
+        text += csvField(r.value(QStringLiteral("FamilyID")), false) + QLatin1Char(',')
+            + csvField(r.value(QStringLiteral("FirstName")), true) + QLatin1Char(',')
+            + csvField(r.value(QStringLiteral("LastName")), true) + QLatin1Char(',')
+            + csvField(r.value(QStringLiteral("Parent")), true) + QLatin1Char(',')
+            + (r.value(QStringLiteral("Current")).toInt() != 0 ? QStringLiteral("\"Current\"")
+                                                                : QStringLiteral("\"Not Current\""))
+            + QStringLiteral("\r\n");
+    }
+    QSaveFile out(path);
+    if (!out.open(QIODevice::WriteOnly) || out.write(text.toUtf8()) < 0 || !out.commit())
+        throw Error(kErrPathFileAccess, QStringLiteral("WriteFamilyIDsCsv"),
+                    out.errorString() + QStringLiteral("\r\nFile:") + path);
+}
+
+} // namespace quillet

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "settings/settingsdatabase.h"
+
+#include <QSqlDatabase>
+#include <QSqlRecord>
+#include <QVariant>
+
+namespace quillet {
+
+// The family database: one SQLite file in the data folder with the families (tblFamilies) and
+// one row of parameters shared by every PC that uses the database (_tblParams). Statements are
+// written in the program's own dialect and pass through translateJetSql. Text compares and sorts
+// without regard to case or accents, for every letter.
+class FamilyDatabase : public SettingsDatabase
+{
+public:
+    FamilyDatabase();
+    ~FamilyDatabase() override;
+    FamilyDatabase(const FamilyDatabase &) = delete;
+    FamilyDatabase &operator=(const FamilyDatabase &) = delete;
+
+    // The database file in the data folder.
+    static QString DbPath();
+    // Creates an empty database with both tables and the one parameter row. False when the file
+    // cannot be written.
+    static bool Provision(const QString &path);
+
+    // Opens the database; a damaged file is repaired once (rebuilt into a fresh file that then
+    // replaces it). When the file is missing or cannot be made usable, the fatal message is shown
+    // and false returned: the program must end.
+    bool OpenDatabase();
+    void CloseDatabase();
+    bool isOpen() const;
+    int DBversion() const { return m_dbVersion; }
+    // The description of the last failure to open, for the fatal message.
+    const QString &lastError() const { return m_lastError; }
+
+    // Runs a statement; throws Error with the database's message when it fails.
+    QList<QSqlRecord> select(const QString &jetSql) const;
+    void exec(const QString &jetSql, const QVariantList &values = {}) const;
+
+    QVariant ReadParam(const QString &name) override;
+    // Writes when the value differs (Null taken as ""); every name except the two "LastExport..."
+    // ones also stamps LastDBUpdate with the present time.
+    void WriteParam(const QString &name, const QVariant &value) override;
+    QList<QPair<QString, int>> CurrentFamilies() override;
+    // PrivacyText, read once and kept for the session.
+    QString ReadPrivacyText();
+    // Rewrites _FamilyIDs.csv in the Source Dir: one line per family in table order. Throws Error
+    // when the file cannot be written.
+    void WriteFamilyIDsCsv();
+
+    // Sets LastDBUpdate to now (the family editor and the attendance import call this).
+    void TouchLastDBUpdate();
+
+    QSqlDatabase connection() const;
+
+private:
+    bool tryOpen(const QString &path);
+    bool repair(const QString &path);
+    void loadParams();
+
+    QString m_connectionName;
+    QSqlRecord m_params; // the one row of _tblParams, held for the session
+    QString m_privacyTextCache;
+    QString m_lastError;
+    int m_dbVersion = 0;
+};
+
+} // namespace quillet

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QObject>
+#include <functional>
+
+class QAbstractItemView;
+
+namespace quillet {
+
+// Keeps a view's selection and its model's own selection in step, both ways. The model is the
+// truth: commands select entries there, and the view follows; the user's clicks in the view are
+// written back to the model. `selectedRole` is the model's boolean role holding the selection.
+class SelectionMirror : public QObject
+{
+    Q_OBJECT
+public:
+    using Setter = std::function<void(int position, bool selected)>;
+
+    SelectionMirror(QAbstractItemView *view, int selectedRole, Setter setModelSelection);
+
+    // Copies the model's selection into the view.
+    void pullFromModel();
+
+private:
+    void pushToModel();
+
+    QAbstractItemView *m_view;
+    int m_role;
+    Setter m_set;
+    bool m_busy = false;
+};
+
+} // namespace quillet

@@ -1,0 +1,271 @@
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/apppaths.h"
+#include "lib/error.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTest>
+#include <QTime>
+
+using namespace quillet;
+using namespace quillet::test;
+
+namespace {
+
+struct Fam
+{
+    int id;
+    const char *first;
+    const char *last;   // nullptr: Null
+    const char *parent; // nullptr: Null
+    bool current;
+};
+
+// Mixed case, accented letters, Null last names and parents, group entries.
+const Fam kFamilies[] = {
+    {1, "zoe", "Adams", "Mary Adams", true},
+    {2, "Émile", "Brun", "anne Brunet", true},
+    {3, "(Staff)", nullptr, nullptr, true},
+    {4, "adam", nullptr, "Zed Smith", true},
+    {5, "Ben", "Clark", nullptr, false},
+    {6, "eva", "Brun", "Anne Brun", true},
+    {7, "(All)", nullptr, nullptr, true},
+    {8, "Édith", nullptr, "bob Clark", true},
+};
+
+} // namespace
+
+class TestFamilyDatabase : public QObject
+{
+    Q_OBJECT
+
+    TestEnv *m_env = nullptr;
+    ScriptedPrompt *m_port = nullptr;
+
+    void provision()
+    {
+        m_env->dataDir();
+        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+    }
+
+    void addFamilies(FamilyDatabase &db)
+    {
+        for (const Fam &f : kFamilies) {
+            db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, Parent, [Current]) "
+                                   "VALUES (?, ?, ?, ?, ?)"),
+                    {f.id, QString::fromUtf8(f.first), f.last ? QVariant(QString::fromUtf8(f.last)) : QVariant(),
+                     f.parent ? QVariant(QString::fromUtf8(f.parent)) : QVariant(), f.current});
+        }
+    }
+
+    static QList<int> ids(const QList<QSqlRecord> &rows)
+    {
+        QList<int> out;
+        for (const QSqlRecord &r : rows)
+            out << r.value(QStringLiteral("FamilyID")).toInt();
+        return out;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_env = new TestEnv;
+        m_port = new ScriptedPrompt;
+    }
+    void cleanup()
+    {
+        delete m_port;
+        delete m_env;
+    }
+
+    void freshDatabaseHasOneParameterRow()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        QCOMPARE(db.DBversion(), 1);
+        QVERIFY(db.ReadParam(QStringLiteral("MorningSessEnd")).isNull());
+        QCOMPARE(db.select(QStringLiteral("SELECT * FROM _tblParams")).size(), 1);
+        QVERIFY(db.select(QStringLiteral("SELECT * FROM tblFamilies")).isEmpty());
+        QVERIFY(m_port->messages().isEmpty());
+    }
+
+    void missingFileIsFatal()
+    {
+        m_env->dataDir();
+        FamilyDatabase db;
+        QVERIFY(!db.OpenDatabase());
+        QCOMPARE(m_port->lastText(), QStringLiteral("Fatal Error: database file not found\r\n") + FamilyDatabase::DbPath());
+        QCOMPARE(m_port->messages().last().style, 1);
+    }
+
+    void damagedIndexIsRepairedQuietly()
+    {
+        provision();
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            addFamilies(db);
+        }
+        // Damage the index's page (the table rows stay readable): the integrity check fails, and
+        // the rebuild recreates the index from the table.
+        int rootPage = 0;
+        {
+            QSqlDatabase raw = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("raw"));
+            raw.setDatabaseName(FamilyDatabase::DbPath());
+            QVERIFY(raw.open());
+            QSqlQuery q(raw);
+            QVERIFY(q.exec(QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name='ixFamiliesName'")) && q.next());
+            rootPage = q.value(0).toInt();
+            raw.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("raw"));
+        QFile file(FamilyDatabase::DbPath());
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        file.seek(qint64(rootPage - 1) * 4096 + 8);
+        file.write(QByteArray(200, '\x5a'));
+        file.close();
+
+        FamilyDatabase db;
+        QVERIFY2(db.OpenDatabase(), qPrintable(m_port->lastText()));
+        QVERIFY(m_port->messages().isEmpty());
+        QCOMPARE(db.select(QStringLiteral("SELECT * FROM tblFamilies")).size(), int(std::size(kFamilies)));
+        QVERIFY(QDir(m_env->dataDir()).entryList({QStringLiteral("*.~*")}).isEmpty());
+    }
+
+    void unrepairableFileIsFatal()
+    {
+        m_env->dataDir();
+        QFile file(FamilyDatabase::DbPath());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(8192, 'x'));
+        file.close();
+        FamilyDatabase db;
+        QVERIFY(!db.OpenDatabase());
+        const QString text = m_port->lastText();
+        QVERIFY2(text.startsWith(QStringLiteral("Fatal Error: could not establish database integrity, repair failed\r\n"
+                                                "Error: ")),
+                 qPrintable(text));
+        QVERIFY(text.endsWith(QStringLiteral("\r\nDB: ") + FamilyDatabase::DbPath()));
+        QCOMPARE(m_port->messages().size(), 1);
+    }
+
+    void writeParamRules()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        db.exec(QStringLiteral("UPDATE _tblParams SET WebAllowPriv=1, LastDBUpdate='2000-01-01 00:00:00'"));
+        db.CloseDatabase();
+        QVERIFY(db.OpenDatabase());
+
+        db.WriteParam(QStringLiteral("WebAllowPriv"), 1); // equal: nothing written
+        QCOMPARE(db.ReadParam(QStringLiteral("LastDBUpdate")).toString(), QStringLiteral("2000-01-01 00:00:00"));
+        db.WriteParam(QStringLiteral("LastExportFromPC"), QStringLiteral("Office")); // no stamp
+        QCOMPARE(db.ReadParam(QStringLiteral("LastDBUpdate")).toString(), QStringLiteral("2000-01-01 00:00:00"));
+        db.WriteParam(QStringLiteral("PrivacyText"), QString()); // Null and "" are equal
+        QCOMPARE(db.ReadParam(QStringLiteral("LastDBUpdate")).toString(), QStringLiteral("2000-01-01 00:00:00"));
+
+        db.WriteParam(QStringLiteral("MorningSessEnd"), QTime(12, 15));
+        QCOMPARE(db.ReadParam(QStringLiteral("MorningSessEnd")).toString(), QStringLiteral("12:15:00"));
+        const QDateTime stamp = QDateTime::fromString(db.ReadParam(QStringLiteral("LastDBUpdate")).toString(),
+                                                      QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        QVERIFY(qAbs(stamp.secsTo(QDateTime::currentDateTime())) < 60);
+
+        // Kept in the file, not only in memory.
+        db.CloseDatabase();
+        QVERIFY(db.OpenDatabase());
+        QCOMPARE(db.ReadParam(QStringLiteral("LastExportFromPC")).toString(), QStringLiteral("Office"));
+        QCOMPARE(db.ReadParam(QStringLiteral("MorningSessEnd")).toString(), QStringLiteral("12:15:00"));
+    }
+
+    void privacyTextIsCached()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        db.WriteParam(QStringLiteral("PrivacyText"), QStringLiteral("Keep Private"));
+        QCOMPARE(db.ReadPrivacyText(), QStringLiteral("Keep Private"));
+        db.WriteParam(QStringLiteral("PrivacyText"), QStringLiteral("Changed"));
+        QCOMPARE(db.ReadPrivacyText(), QStringLiteral("Keep Private")); // until the next start
+    }
+
+    void familyOrders_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QList<int>>("order");
+        // By first name then last name, ignoring case, accents next to their letter, "(" last.
+        QTest::newRow("by name")
+            << "SELECT * FROM tblFamilies ORDER BY IIf([FirstName] LIKE '(%','zzz'&[FirstName],[FirstName]) & [LastName]"
+            << QList<int>{4, 5, 8, 2, 6, 1, 7, 3};
+        // By parent then last name; a Null parent sorts by the last name alone.
+        QTest::newRow("by parent")
+            << "SELECT * FROM tblFamilies ORDER BY IIf([FirstName] LIKE '(%','zzz'&[FirstName],[Parent]) & [LastName]"
+            << QList<int>{6, 2, 8, 5, 1, 4, 7, 3};
+        QTest::newRow("current only, for the resize exclusion")
+            << "SELECT * FROM tblFamilies WHERE [Current]=True ORDER BY IIf([FirstName] LIKE '(%','zzz'&[FirstName],"
+               "[FirstName]) & [LastName]"
+            << QList<int>{4, 8, 2, 6, 1, 7, 3};
+        QTest::newRow("lookup by id") << "SELECT * FROM tblFamilies WHERE FamilyID=6" << QList<int>{6};
+        QTest::newRow("by name for both days")
+            << "SELECT * FROM tblFamilies WHERE ([Current]=True And [FirstName] Not Like '(%') ORDER BY "
+               "[FirstName],[LastName]"
+            << QList<int>{4, 8, 2, 6, 1};
+    }
+    void familyOrders()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QList<int>, order);
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+        QCOMPARE(ids(db.select(sql)), order);
+    }
+
+    void textComparesWithoutCase()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+        QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [FirstName]='ÉMILE'"))), QList<int>{2});
+        QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [FirstName] LIKE 'éd*'"))), QList<int>{8});
+        QVERIFY_THROWS_EXCEPTION(Error, db.select(QStringLiteral("SELECT * FROM nowhere")));
+    }
+
+    void familyIdsCsv()
+    {
+        provision();
+        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
+        QDir().mkpath(m_env->path(QStringLiteral("src")));
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+        db.WriteFamilyIDsCsv();
+        QFile csv(m_env->path(QStringLiteral("src/_FamilyIDs.csv")));
+        QVERIFY(csv.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = csv.readAll().split('\n');
+        QCOMPARE(lines.size(), int(std::size(kFamilies)) + 1);
+        QCOMPARE(lines[0], QByteArray("1,\"zoe\",\"Adams\",\"Mary Adams\",\"Current\"\r"));
+        QCOMPARE(lines[2], QByteArray("3,\"(Staff)\",#NULL#,#NULL#,\"Current\"\r"));
+        QCOMPARE(lines[4], QByteArray("5,\"Ben\",\"Clark\",#NULL#,\"Not Current\"\r"));
+    }
+
+    void csvIntoMissingFolderFails()
+    {
+        provision();
+        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("unplugged")));
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        QVERIFY_THROWS_EXCEPTION(Error, db.WriteFamilyIDsCsv());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFamilyDatabase)
+#include "tst_familydatabase.moc"
