@@ -1,12 +1,15 @@
 #include "frmmain.h"
 
 #include "app/settingsstore.h"
+#include "frmsettings.h"
+#include "sync/batchfilejournal.h"
 #include "app/startup.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "lib/debuglog.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
+#include "lib/fileutils.h"
 #include "lib/userprompt.h"
 
 #include <QAction>
@@ -66,8 +69,13 @@ bool frmMain::StartUp()
 
     // Relative folder settings resolve against the program's own folder.
     QDir::setCurrent(AppPaths::applicationDir());
-    if (Startup::IsFreshInstallation())
-        runStep(QStringLiteral("StartUp: data folder"), [] { Startup::MakeDataFolder(); });
+    if (Startup::IsFreshInstallation()) {
+        // First start on this account: the data folder and an empty family database.
+        runStep(QStringLiteral("StartUp: data folder"), [] {
+            if (Startup::MakeDataFolder())
+                FamilyDatabase::Provision(FamilyDatabase::DbPath());
+        });
+    }
     appState().startTime = QDateTime::currentDateTime();
     runStep(QStringLiteral("StartUp: debug log"), [] { Startup::DeleteDebugLog(); });
     m_picOriginalSize = m_ui.imgPic->size();
@@ -77,6 +85,14 @@ bool frmMain::StartUp()
         setWindowTitle(Startup::TitleLine(IsPortableCopy()));
         m_ui.lblVersion->setText(Startup::VersionLine());
     });
+    lib_Stopwatch(1);
+    const bool opened = m_db.OpenDatabase();
+    DebugLogTiming(QStringLiteral("OpenDatabase"));
+    if (!opened) {
+        QGuiApplication::restoreOverrideCursor();
+        return false; // the fatal message has been shown
+    }
+    runStep(QStringLiteral("InitBatchfile"), [] { Batchfile::InitBatchfile(); });
     runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });
     runStep(QStringLiteral("InitData()"), [this] { InitData(); });
 
@@ -97,11 +113,24 @@ void frmMain::restoreWindowRect()
     setGeometry(stored);
 }
 
-void frmMain::InitData()
+bool frmMain::ValidateSettings()
 {
     setStatus(QStringLiteral("Validating settings..."));
-    // The settings dialog's data load writes the default of every missing key.
-    InitialiseMissingSettings();
+    // The dialog's data load writes the default of every missing setting.
+    frmSettings check(m_db, this);
+    check.LoadData();
+    if (check.ValidateSettings())
+        return true;
+    openSettings();
+    return false;
+}
+
+bool frmMain::InitData()
+{
+    if (!ValidateSettings()) {
+        setStatus(QString());
+        return false;
+    }
     const struct
     {
         QCheckBox *box;
@@ -118,7 +147,38 @@ void frmMain::InitData()
         option.box->setChecked(v.value == QLatin1String("1"));
         option.box->setEnabled(!v.locked);
     }
+    if (IsPortableCopy() && ReadSetting(QStringLiteral("CreateBatchs")) == QLatin1String("1"))
+        lib_MakePath(ReadSetting(QStringLiteral("PortCopyOrigCopyDir")));
     setStatus(QString());
+    return true;
+}
+
+void frmMain::openSettings()
+{
+    if (m_settings) {
+        m_settings->raise();
+        m_settings->activateWindow();
+        return;
+    }
+    m_settings = new frmSettings(m_db, this);
+    m_settings->setAttribute(Qt::WA_DeleteOnClose);
+    m_settings->setWindowModality(Qt::ApplicationModal);
+    connect(m_settings, &frmSettings::settingsSaved, this, &frmMain::afterSettingsSaved);
+    connect(m_settings, &QObject::destroyed, this, [this] { m_settings = nullptr; });
+    m_settings->LoadData();
+    m_settings->show();
+}
+
+void frmMain::afterSettingsSaved()
+{
+    runStep(QStringLiteral("cmdSave_Click()"), [this] {
+        m_db.WriteFamilyIDsCsv();
+        Batchfile::InitBatchfile();
+        InitButtons();
+    });
+    // The dialog closes after this signal; the lists follow the new settings once it has gone.
+    QMetaObject::invokeMethod(this, [this] { runStep(QStringLiteral("InitData()"), [this] { InitData(); }); },
+                              Qt::QueuedConnection);
 }
 
 void frmMain::InitButtons()
@@ -156,8 +216,9 @@ void frmMain::wireCommands()
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
     });
     // Commands whose work is not part of this build stay unavailable rather than pretending.
+    connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
     for (QAction *a : {m_menus.mnuSave, m_menus.mnuUndo, m_menus.mnuRefresh, m_menus.mnuFamilies,
-                       m_menus.mnuOptions, m_menus.mnuCheckUpdates})
+                       m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     for (QPushButton *b : {m_ui.cmdSave, m_ui.cmdUndo, m_ui.cmdSelectAll, m_ui.cmdClearAll, m_ui.cmdReviewUndoNew,
                            m_ui.cmdReviewUndoLA, m_ui.cmdReviewUndoL1, m_ui.cmdReviewUndoR1, m_ui.cmdReviewUndoRA})
@@ -201,6 +262,7 @@ void frmMain::ShutDown()
         if (w != this && w->isVisible())
             w->close();
     }
+    m_db.CloseDatabase();
 }
 
 } // namespace quillet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mainmenus.h"
+#include "app/familydatabase.h"
 #include "mainwindowlayout.h"
 
 #include <QMainWindow>
@@ -21,13 +22,21 @@ public:
     bool StartUp();
     // Stores the window rectangle and releases the session. Runs once; later calls do nothing.
     void ShutDown();
-    // Validates the settings and loads the lists.
-    void InitData();
+    // Validates the settings and loads the lists. False when the settings are not valid: the
+    // settings dialog is then open for the user to fix them.
+    bool InitData();
+    // Checks the settings through the settings dialog's rules; on failure shows the dialog.
+    bool ValidateSettings();
+    // Settings > Options: the settings dialog, and what follows a change.
+    void openSettings();
     // The initial availability of the commands.
     void InitButtons();
 
     const MainWindowLayout &controls() const { return m_ui; }
     const MainMenus &menus() const { return m_menus; }
+    FamilyDatabase &database() { return m_db; }
+    // The settings dialog while it is open, else nullptr.
+    class frmSettings *settingsDialog() const { return m_settings; }
 
     // Shows a text in the status line at once.
     void setStatus(const QString &text);
@@ -44,6 +53,10 @@ private:
     void onExitClicked();
     void showAbout();
 
+    void afterSettingsSaved();
+
+    FamilyDatabase m_db;
+    class frmSettings *m_settings = nullptr;
     MainWindowLayout m_ui;
     MainMenus m_menus;
     QSize m_picOriginalSize;

@@ -7,6 +7,8 @@
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 #include "ui/frmmain.h"
+#include "ui/frmsettings.h"
+#include "app/familydatabase.h"
 
 #include <QAction>
 #include <QApplication>
@@ -14,6 +16,7 @@
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -30,6 +33,17 @@ class TestMainWindow : public QObject
     TestEnv *m_env = nullptr;
     ScriptedPrompt *m_port = nullptr;
 
+    // A data folder with its database and valid Source and Target Dirs: start-up completes.
+    void prepareInstallation()
+    {
+        m_env->dataDir();
+        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        QDir().mkpath(m_env->path(QStringLiteral("src")));
+        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
+        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
+        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -44,31 +58,61 @@ private Q_SLOTS:
         appState().isPortableCopy = false;
     }
 
-    void firstStartWritesDefaultsSecondKeepsUserValues()
+    void firstStartAsksForTheFoldersThenLoads()
     {
         QVERIFY(Startup::IsFreshInstallation());
-        {
-            frmMain w;
-            QVERIFY(w.StartUp());
-            QVERIFY(appState().systemLoaded);
-        }
-        QVERIFY(QFileInfo(AppPaths::dataDir()).isDir());
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        QVERIFY(appState().systemLoaded);
+        QVERIFY(QFile::exists(FamilyDatabase::DbPath()));
         for (const auto &[key, value] : SettingDefaults())
             QCOMPARE(IniFile::read(AppPaths::userIni(), QStringLiteral("Settings"), key), value);
         QVERIFY(!ReadSetting(QStringLiteral("PCname")).isEmpty());
+        QCOMPARE(m_port->messages().size(), 1);
+        QVERIFY(m_port->lastText().contains(QStringLiteral("Source Dir")));
 
+        // The settings dialog is open; the user picks the two folders and saves.
+        frmSettings *dlg = w.settingsDialog();
+        QVERIFY(dlg && dlg->isVisible());
+        QDir().mkpath(m_env->path(QStringLiteral("photos")));
+        QDir().mkpath(m_env->path(QStringLiteral("families")));
+        dlg->findChild<QLineEdit *>(QStringLiteral("txtSrcDir"))->setText(m_env->path(QStringLiteral("photos")));
+        dlg->findChild<QLineEdit *>(QStringLiteral("txtTgtDir"))->setText(m_env->path(QStringLiteral("families")));
+        QTest::mouseClick(dlg->findChild<QPushButton *>(QStringLiteral("cmdSave")), Qt::LeftButton);
+        QTRY_VERIFY(!w.settingsDialog());
+        QCOMPARE(ReadSetting(QStringLiteral("SrcDir")), m_env->path(QStringLiteral("photos")));
+        QVERIFY(QFile::exists(m_env->path(QStringLiteral("photos/_FamilyIDs.csv"))));
+        QTRY_COMPARE(w.controls().lblMsg->text(), QString());
+        QCOMPARE(m_port->messages().size(), 1); // the reload found the settings valid
+    }
+
+    void secondStartKeepsUserValues()
+    {
+        prepareInstallation();
         WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
-        frmMain again;
-        QVERIFY(again.StartUp());
-        QVERIFY(!again.controls().chkThumbnails->isChecked());
+        frmMain w;
+        QVERIFY(w.StartUp());
+        QVERIFY(!w.controls().chkThumbnails->isChecked());
         QCOMPARE(ReadSetting(QStringLiteral("PCname")), QStringLiteral("Office"));
+        QCOMPARE(ReadSetting(QStringLiteral("TargetResizeQ")), QStringLiteral("3"));
         QVERIFY(m_port->messages().isEmpty());
+        QVERIFY(!w.settingsDialog());
+    }
+
+    void missingDatabaseIsFatal()
+    {
+        m_env->dataDir(); // a data folder without its database
+        frmMain w;
+        QVERIFY(!w.StartUp());
+        QCOMPARE(m_port->lastText(), QStringLiteral("Fatal Error: database file not found\r\n") + FamilyDatabase::DbPath());
+        QVERIFY(!appState().systemLoaded);
     }
 
     void debugLogStartsFresh()
     {
-        m_env->dataDir();
+        prepareInstallation();
         QFile old(AppPaths::debugLog());
         QVERIFY(old.open(QIODevice::WriteOnly));
         old.write("last session\r\n");
@@ -81,7 +125,7 @@ private Q_SLOTS:
 
     void windowRectangleRestoredAndStored()
     {
-        m_env->dataDir();
+        prepareInstallation();
         WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
         frmMain w;
         w.show();
@@ -95,7 +139,7 @@ private Q_SLOTS:
 
     void minimisedWindowKeepsThePreviousRectangle()
     {
-        m_env->dataDir();
+        prepareInstallation();
         WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
         frmMain w;
         w.show();
@@ -108,7 +152,7 @@ private Q_SLOTS:
 
     void portableCopyTitle()
     {
-        m_env->dataDir();
+        prepareInstallation();
         QFile admin(AppPaths::adminIni());
         QVERIFY(admin.open(QIODevice::WriteOnly));
         admin.write("[Settings]\r\nThumbnails=0\r\n");
@@ -123,8 +167,9 @@ private Q_SLOTS:
 
     void commandsAfterStart()
     {
-        m_env->dataDir();
-        WriteSetting(QStringLiteral("WebTgtDir"), QStringLiteral("/srv/web"));
+        prepareInstallation();
+        QDir().mkpath(m_env->path(QStringLiteral("web")));
+        WriteSetting(QStringLiteral("WebTgtDir"), m_env->path(QStringLiteral("web")));
         frmMain w;
         w.StartUp();
         const MainMenus &m = w.menus();
@@ -169,7 +214,7 @@ private Q_SLOTS:
 
     void helpOpensThePageBesideTheProgram()
     {
-        m_env->dataDir();
+        prepareInstallation();
         frmMain w;
         w.StartUp();
         QVERIFY(w.menus().mnuHelp->isEnabled());
@@ -180,7 +225,7 @@ private Q_SLOTS:
 
     void terminationSignalClosesTheWindow()
     {
-        m_env->dataDir();
+        prepareInstallation();
         frmMain w;
         TerminationSignals signals;
         connect(&signals, &TerminationSignals::terminationRequested, &w, &QWidget::close);
