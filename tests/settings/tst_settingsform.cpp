@@ -1,7 +1,7 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
-#include "settings/settingsdatabase.h"
+#include "app/familydatabase.h"
 #include "settings/settingsform.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
@@ -16,26 +16,6 @@
 using namespace quillet;
 using namespace quillet::test;
 
-namespace {
-
-// Parameters held in memory, with the write-only-when-different rule of the real database.
-class MemoryParams : public SettingsDatabase
-{
-public:
-    QHash<QString, QVariant> params;
-    QStringList writes;
-    QVariant ReadParam(const QString &name) override { return params.value(name); }
-    void WriteParam(const QString &name, const QVariant &value) override
-    {
-        if (params.value(name).toString() == value.toString())
-            return;
-        params.insert(name, value);
-        writes << name;
-    }
-    QList<QPair<QString, int>> CurrentFamilies() override { return {{QStringLiteral("Ann Lee"), 3}}; }
-};
-
-} // namespace
 
 class TestSettingsForm : public QObject
 {
@@ -43,7 +23,7 @@ class TestSettingsForm : public QObject
 
     TestEnv *m_env = nullptr;
     ScriptedPrompt *m_port = nullptr;
-    MemoryParams *m_db = nullptr;
+    FamilyDatabase *m_db = nullptr;
     SettingsForm *m_form = nullptr;
 
     // A valid starting point: existing Source and Target Dirs, valid session ends.
@@ -62,7 +42,9 @@ private Q_SLOTS:
         m_env = new TestEnv;
         m_env->dataDir();
         m_port = new ScriptedPrompt;
-        m_db = new MemoryParams;
+        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        m_db = new FamilyDatabase;
+        QVERIFY(m_db->OpenDatabase());
         m_form = new SettingsForm;
         appState().isPortableCopy = false;
         appState().systemLoaded = true;
@@ -80,8 +62,8 @@ private Q_SLOTS:
     void loadWritesDefaults()
     {
         m_form->LoadData(*m_db);
-        QCOMPARE(m_db->params.value(QStringLiteral("MorningSessEnd")).toTime(), QTime(12, 30));
-        QCOMPARE(m_db->params.value(QStringLiteral("AfternoonSessEnd")).toTime(), QTime(15, 30));
+        QCOMPARE(m_db->ReadParam(QStringLiteral("MorningSessEnd")).toString(), QStringLiteral("12:30:00"));
+        QCOMPARE(m_db->ReadParam(QStringLiteral("AfternoonSessEnd")).toString(), QStringLiteral("15:30:00"));
         QCOMPARE(m_form->value(QStringLiteral("MorningSessEnd")), QStringLiteral("12:30"));
         QCOMPARE(m_form->value(QStringLiteral("TargetResizeQ")), QStringLiteral("3"));
         QCOMPARE(m_form->value(QStringLiteral("WebMaxDate")), QStringLiteral("20991231 235959"));
@@ -185,11 +167,10 @@ private Q_SLOTS:
         loadValid();
         m_form->setValue(QStringLiteral("PrivacyText"), typed);
         m_form->setValue(QStringLiteral("MorningSessEnd"), QStringLiteral("12:15"));
-        m_db->writes.clear();
         QVERIFY(m_form->Save(*m_db).saved);
-        QCOMPARE(m_db->params.value(QStringLiteral("PrivacyText")).toString(), stored);
-        QCOMPARE(m_db->params.value(QStringLiteral("MorningSessEnd")).toTime(), QTime(12, 15));
-        QVERIFY(!m_db->writes.contains(QStringLiteral("AfternoonSessEnd"))); // unchanged: not written
+        QCOMPARE(m_db->ReadParam(QStringLiteral("PrivacyText")).toString(), stored);
+        QCOMPARE(m_db->ReadParam(QStringLiteral("MorningSessEnd")).toString(), QStringLiteral("12:15:00"));
+        QCOMPARE(m_db->ReadParam(QStringLiteral("AfternoonSessEnd")).toString(), QStringLiteral("15:30:00"));
     }
 
     void nothingWrittenWhenInvalid()

@@ -1,7 +1,7 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
-#include "settings/settingsdatabase.h"
+#include "app/familydatabase.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 #include "ui/frmsettings.h"
@@ -20,21 +20,6 @@
 using namespace quillet;
 using namespace quillet::test;
 
-namespace {
-
-class MemoryParams : public SettingsDatabase
-{
-public:
-    QHash<QString, QVariant> params;
-    QVariant ReadParam(const QString &name) override { return params.value(name); }
-    void WriteParam(const QString &name, const QVariant &value) override { params.insert(name, value); }
-    QList<QPair<QString, int>> CurrentFamilies() override
-    {
-        return {{QStringLiteral("Ann Lee"), 3}, {QStringLiteral("Bob"), 7}};
-    }
-};
-
-} // namespace
 
 class TestSettingsDialog : public QObject
 {
@@ -42,7 +27,7 @@ class TestSettingsDialog : public QObject
 
     TestEnv *m_env = nullptr;
     ScriptedPrompt *m_port = nullptr;
-    MemoryParams m_db;
+    FamilyDatabase *m_dbp = nullptr;
 
     template<typename T>
     static T *child(QWidget &w, const char *name)
@@ -59,7 +44,12 @@ private Q_SLOTS:
         m_env = new TestEnv;
         m_env->dataDir();
         m_port = new ScriptedPrompt;
-        m_db.params.clear();
+        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        m_dbp = new FamilyDatabase;
+        QVERIFY(m_dbp->OpenDatabase());
+        m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName) VALUES (3, 'Ann', 'Lee')"));
+        m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName) VALUES (7, 'Bob')"));
+        m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, [Current]) VALUES (8, 'Gone', False)"));
         appState().isPortableCopy = false;
         QDir().mkpath(m_env->path(QStringLiteral("src")));
         QDir().mkpath(m_env->path(QStringLiteral("tgt")));
@@ -69,6 +59,7 @@ private Q_SLOTS:
     }
     void cleanup()
     {
+        delete m_dbp;
         delete m_port;
         delete m_env;
         appState().isPortableCopy = false;
@@ -76,7 +67,7 @@ private Q_SLOTS:
 
     void everyControlIsThere()
     {
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         for (const SettingsForm::Field &f : SettingsForm::Fields())
             QVERIFY2(dlg.findChild<QWidget *>(QLatin1String(f.control)), f.control);
         for (const char *name : {"txtDataDir", "cmdSrcLookup", "cmdTgtLookup", "cmdBatchXfrDirLookup",
@@ -92,10 +83,13 @@ private Q_SLOTS:
     {
         const QString pics = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
         WriteSetting(QStringLiteral("BatchXfrDir"), pics + QStringLiteral("/xfr"));
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         QCOMPARE(child<QLineEdit>(dlg, "txtBatchXfrDir")->text(), QStringLiteral("<My Pictures>/xfr"));
-        QCOMPARE(child<QComboBox>(dlg, "cboResizeExclFamily")->currentText(), QStringLiteral("Bob"));
+        auto *families = child<QComboBox>(dlg, "cboResizeExclFamily");
+        QCOMPARE(families->currentText(), QStringLiteral("Bob"));
+        QCOMPARE(families->count(), 3); // "(none)" and the two current families, in name order
+        QCOMPARE(families->itemText(1), QStringLiteral("Ann Lee"));
         QCOMPARE(child<QLabel>(dlg, "lblTargetResizeMaxDim")->text(), QStringLiteral("1024"));
         child<QSlider>(dlg, "sldTargetResizeQuality")->setValue(5);
         QCOMPARE(child<QLabel>(dlg, "lblTargetResizeQuality")->text(), QStringLiteral("Superb"));
@@ -105,7 +99,7 @@ private Q_SLOTS:
 
     void resizeNoteAndUnallocatedRule()
     {
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         auto *unalloc = child<QCheckBox>(dlg, "chkUnallocResize");
         QVERIFY(!unalloc->isEnabled()); // no Batch Xfr Dir yet
@@ -122,7 +116,7 @@ private Q_SLOTS:
     void lookupWritesPlaceholderForm()
     {
         const QString pics = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         m_port->choose(pics + QStringLiteral("/Incoming"));
         QTest::mouseClick(child<QAbstractButton>(dlg, "cmdSrcLookup"), Qt::LeftButton);
@@ -134,7 +128,7 @@ private Q_SLOTS:
 
     void swapDatesAndResetSizes()
     {
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         child<QDateTimeEdit>(dlg, "dtpWebMinDate")->setDateTime(QDateTime(QDate(2024, 3, 1), QTime(0, 0)));
         QTest::mouseClick(child<QAbstractButton>(dlg, "cmdSwapWebDate"), Qt::LeftButton);
@@ -146,7 +140,7 @@ private Q_SLOTS:
 
     void saveWritesAndCloses()
     {
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         dlg.show();
         child<QCheckBox>(dlg, "chkBeepOnDateChange")->setChecked(false);
@@ -157,13 +151,13 @@ private Q_SLOTS:
         QVERIFY(!dlg.isVisible());
         QCOMPARE(ReadSetting(QStringLiteral("BeepOnDtChg")), QStringLiteral("0"));
         QCOMPARE(ReadSetting(QStringLiteral("ResizeExclFam")), QStringLiteral("3"));
-        QCOMPARE(m_db.params.value(QStringLiteral("PrivacyText")).toString(), QStringLiteral("Private"));
+        QCOMPARE(m_dbp->ReadParam(QStringLiteral("PrivacyText")).toString(), QStringLiteral("Private"));
         QCOMPARE(ReadSetting(QStringLiteral("WebMinDate")), QStringLiteral("20000101 000000"));
     }
 
     void closeAsksOnlyWhenEdited()
     {
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         dlg.show();
         child<QLineEdit>(dlg, "txtPCname")->setFocus();
@@ -184,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(admin.open(QIODevice::WriteOnly));
         admin.write("[Settings]\r\nCreateBatchs=1\r\n");
         admin.close();
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         QCOMPARE(child<QLabel>(dlg, "lblMsg")->text(),
                  QStringLiteral("This is a 'portable' copy of the application, some features locked by the administrator"));
@@ -197,7 +191,7 @@ private Q_SLOTS:
 
     void looksRight()
     {
-        frmSettings dlg(m_db);
+        frmSettings dlg(*m_dbp);
         dlg.LoadData();
         dlg.show();
         QVERIFY(QTest::qWaitForWindowExposed(&dlg));
