@@ -131,7 +131,7 @@ QImage testPicture(QSize size, int seed)
         auto *line = reinterpret_cast<QRgb *>(img.scanLine(y));
         for (int x = 0; x < w; ++x) {
             const int noise = int(rng.bounded(24));
-            const int r = (x * 255 / std::max(1, w - 1) + seed * 37) & 0xFF;
+            const int r = x * 200 / std::max(1, w - 1) + (seed * 37) % 32;
             const int g = (y * 255 / std::max(1, h - 1)) & 0xFF;
             const int b = (((x / 16) ^ (y / 16)) & 1) ? 200 : 60;
             line[x] = qRgb(std::min(255, r + noise), std::min(255, g + noise), b);
@@ -216,8 +216,9 @@ QByteArray makeTestJpeg(const TestJpeg &spec)
     QByteArray jpeg = encodeJpeg(picture, spec.quality);
     if (!spec.noExif) {
         QByteArray thumb;
+        const QImage &source = spec.thumbnailPicture.isNull() ? picture : spec.thumbnailPicture;
         if (!spec.thumbnailSize.isEmpty())
-            thumb = encodeJpeg(picture.scaled(spec.thumbnailSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), 80);
+            thumb = encodeJpeg(source.scaled(spec.thumbnailSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), 80);
         jpeg = insertAfterSoi(jpeg, exifSegment(spec.dateTaken, spec.intelOrder, thumb));
     }
     if (spec.xmpFirst) {

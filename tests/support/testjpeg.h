@@ -16,6 +16,8 @@ struct TestJpeg
     bool intelOrder = true;
     // Size of a thumbnail embedded in the EXIF block (IFD1); none when empty.
     QSize thumbnailSize;
+    // The embedded thumbnail's picture, when it should differ from the photo (a stale one).
+    QImage thumbnailPicture;
     // An XMP APP1 before the EXIF APP1, as some editors write.
     bool xmpFirst = false;
     // No EXIF block at all (a plain JFIF file).
