@@ -29,8 +29,11 @@ bench: build
 	@cmake --build $(BUILD_DIR) -j $(JOBS) --target benchmarks
 	@for b in $(BUILD_DIR)/bench/bench_*; do [ -x "$$b" ] && QT_QPA_PLATFORM=offscreen "$$b"; done; true
 
+# A throwaway installation with generated photos and families, then Quillet started on it.
+DEMO_DIR ?= $(shell mktemp -d /tmp/quillet-demo.XXXXXX)
 demo: build
-	scripts/demo $(BUILD_DIR)/src/quillet
+	@dir=$(DEMO_DIR); $(BUILD_DIR)/tools/quillet-demodata $$dir && \
+	  XDG_DATA_HOME=$$dir/data XDG_CACHE_HOME=$$dir/cache $(BUILD_DIR)/src/quillet
 
 clean:
 	rm -rf $(BUILD_DIR)

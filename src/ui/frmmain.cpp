@@ -2,6 +2,8 @@
 
 #include "app/settingsstore.h"
 #include "frmsettings.h"
+#include "picturebox.h"
+#include "workspacecontroller.h"
 #include "sync/batchfilejournal.h"
 #include "app/startup.h"
 #include "lib/apppaths.h"
@@ -33,6 +35,9 @@ frmMain::frmMain(QWidget *parent)
     m_ui.build(central);
     setCentralWidget(central);
     m_menus.build(this);
+    m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
+    m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
+    connect(m_controller, &WorkspaceController::fatal, this, [] { QCoreApplication::exit(1); });
     setWindowTitle(Startup::TitleLine(false));
     resize(1200, 780);
     wireCommands();
@@ -94,6 +99,10 @@ bool frmMain::StartUp()
     }
     runStep(QStringLiteral("InitBatchfile"), [] { Batchfile::InitBatchfile(); });
     runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });
+    runStep(QStringLiteral("StartUp: large picture"), [this] {
+        if (ReadSetting(QStringLiteral("FormOpenEP")) == QLatin1String("1"))
+            m_controller->largePictureOpen();
+    });
     runStep(QStringLiteral("InitData()"), [this] { InitData(); });
 
     QGuiApplication::restoreOverrideCursor();
@@ -131,22 +140,18 @@ bool frmMain::InitData()
         setStatus(QString());
         return false;
     }
-    const struct
-    {
-        QCheckBox *box;
-        const char *key;
-    } options[] = {
-        {m_ui.chkShowParent, "ShowParent"},
-        {m_ui.chkAutoFilterFamsByDay, "AutoFilterFams"},
-        {m_ui.chkShowCurrFamsOnly, "CurrFamsOnly"},
-        {m_ui.chkThumbnails, "Thumbnails"},
-        {m_ui.chkUseEXIFdate, "UseEXIFdate"},
-    };
-    for (const auto &option : options) {
-        const SettingValue v = ReadSettingEx(QLatin1String(option.key));
-        option.box->setChecked(v.value == QLatin1String("1"));
-        option.box->setEnabled(!v.locked);
-    }
+    m_ws->ReadSessionSettings();
+    m_controller->showOptions();
+    for (const auto &[box, key] : {std::pair{m_ui.chkShowParent, "ShowParent"},
+                                   std::pair{m_ui.chkAutoFilterFamsByDay, "AutoFilterFams"},
+                                   std::pair{m_ui.chkShowCurrFamsOnly, "CurrFamsOnly"},
+                                   std::pair{m_ui.chkThumbnails, "Thumbnails"},
+                                   std::pair{m_ui.chkUseEXIFdate, "UseEXIFdate"}})
+        box->setEnabled(!ReadSettingEx(QLatin1String(key)).locked);
+    if (!m_controller->LoadSource())
+        return false;
+    m_ws->ReloadFamilyCollections();
+    m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
     if (IsPortableCopy() && ReadSetting(QStringLiteral("CreateBatchs")) == QLatin1String("1"))
         lib_MakePath(ReadSetting(QStringLiteral("PortCopyOrigCopyDir")));
     setStatus(QString());
@@ -220,7 +225,7 @@ void frmMain::wireCommands()
     for (QAction *a : {m_menus.mnuSave, m_menus.mnuUndo, m_menus.mnuRefresh, m_menus.mnuFamilies,
                        m_menus.mnuCheckUpdates})
         a->setEnabled(false);
-    for (QPushButton *b : {m_ui.cmdSave, m_ui.cmdUndo, m_ui.cmdSelectAll, m_ui.cmdClearAll, m_ui.cmdReviewUndoNew,
+    for (QPushButton *b : {m_ui.cmdSave, m_ui.cmdUndo, m_ui.cmdReviewUndoNew,
                            m_ui.cmdReviewUndoLA, m_ui.cmdReviewUndoL1, m_ui.cmdReviewUndoR1, m_ui.cmdReviewUndoRA})
         b->setEnabled(false);
 }
@@ -257,7 +262,8 @@ void frmMain::ShutDown()
     } catch (const Error &e) {
         lib_ErrorHandler(QStringLiteral("ShutDown()"), e);
     }
-    // Every other window of the application goes with the main one.
+    // The large picture window remembers that it was open; every other window just closes.
+    m_controller->closeLargePicture(true);
     for (QWidget *w : QApplication::topLevelWidgets()) {
         if (w != this && w->isVisible())
             w->close();

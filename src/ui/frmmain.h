@@ -2,6 +2,9 @@
 
 #include "mainmenus.h"
 #include "app/familydatabase.h"
+#include "workspace/workspace.h"
+
+#include <memory>
 #include "mainwindowlayout.h"
 
 #include <QMainWindow>
@@ -35,6 +38,8 @@ public:
     const MainWindowLayout &controls() const { return m_ui; }
     const MainMenus &menus() const { return m_menus; }
     FamilyDatabase &database() { return m_db; }
+    Workspace &workspace() { return *m_ws; }
+    class WorkspaceController &controller() { return *m_controller; }
     // The settings dialog while it is open, else nullptr.
     class frmSettings *settingsDialog() const { return m_settings; }
 
@@ -56,6 +61,8 @@ private:
     void afterSettingsSaved();
 
     FamilyDatabase m_db;
+    std::unique_ptr<Workspace> m_ws;
+    class WorkspaceController *m_controller = nullptr;
     class frmSettings *m_settings = nullptr;
     MainWindowLayout m_ui;
     MainMenus m_menus;

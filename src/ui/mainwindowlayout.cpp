@@ -1,5 +1,7 @@
 #include "mainwindowlayout.h"
 
+#include "picturebox.h"
+
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -114,9 +116,8 @@ QWidget *MainWindowLayout::buildPicturePane(QWidget *parent)
     lblSrcFileDets->setAlignment(Qt::AlignCenter);
     lblSrcFileDets1 = named(new QLabel(pane), "lblSrcFileDets1");
     lblSrcFileDets1->setAlignment(Qt::AlignCenter);
-    imgPic = named(new QLabel(pane), "imgPic");
+    imgPic = named(new PictureBox(pane), "imgPic");
     imgPic->setToolTip(QStringLiteral("Dbl-click to open large picture viewer"));
-    imgPic->setAlignment(Qt::AlignCenter);
     imgPic->setMinimumSize(240, 240);
     imgPic->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     imgPic->setFrameShape(QFrame::StyledPanel);

@@ -6,6 +6,8 @@ class QListView;
 class QCheckBox;
 class QPushButton;
 
+namespace quillet { class PictureBox; }
+
 namespace quillet {
 
 // The controls of the main window, created with their fixed object names, captions and tooltips
@@ -22,7 +24,7 @@ struct MainWindowLayout
 
     QLabel *lblSrcFileDets = nullptr;
     QLabel *lblSrcFileDets1 = nullptr;
-    QLabel *imgPic = nullptr;
+    PictureBox *imgPic = nullptr;
     QLabel *lblPictureMsg = nullptr;
     QLabel *lblSizingMsg = nullptr;
 

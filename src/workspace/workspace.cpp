@@ -1,0 +1,100 @@
+#include "workspace.h"
+
+#include "allocationtag.h"
+#include "sessionrules.h"
+
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/fileutils.h"
+
+#include <QFileInfo>
+
+namespace quillet {
+
+Workspace::Workspace(FamilyDatabase &db, PhotoServices services, QObject *parent)
+    : QObject(parent)
+    , m_db(db)
+    , m_services(std::move(services))
+{
+}
+
+Workspace::~Workspace() = default;
+
+void Workspace::ReadSessionSettings()
+{
+    m_options.thumbnails = ReadSetting(QStringLiteral("Thumbnails")) == QLatin1String("1");
+    m_options.useExifDate = ReadSetting(QStringLiteral("UseEXIFdate")) == QLatin1String("1");
+    m_options.showParent = ReadSetting(QStringLiteral("ShowParent")) == QLatin1String("1");
+    m_options.currentOnly = ReadSetting(QStringLiteral("CurrFamsOnly")) == QLatin1String("1");
+    m_options.filterByDay = ReadSetting(QStringLiteral("AutoFilterFams")) == QLatin1String("1");
+    m_options.autoReselPriv = ReadSetting(QStringLiteral("AutoReselPriv")) == QLatin1String("1");
+    m_options.beepOnDateChange = ReadSetting(QStringLiteral("BeepOnDtChg")) == QLatin1String("1");
+    auto time = [this](const char *name, const QTime &fallback) {
+        const QString text = m_db.ReadParam(QLatin1String(name)).toString();
+        for (const char *format : {"HH:mm:ss", "H:mm:ss", "HH:mm", "H:mm"}) {
+            const QTime t = QTime::fromString(text, QLatin1String(format));
+            if (t.isValid())
+                return t;
+        }
+        return fallback;
+    };
+    m_options.morningEnd = time("MorningSessEnd", QTime(12, 30));
+    m_options.afternoonEnd = time("AfternoonSessEnd", QTime(15, 30));
+}
+
+QDateTime Workspace::SelectedPhotoDate() const
+{
+    const QList<int> rows = m_sourceList.selectedRows();
+    if (rows.isEmpty())
+        return QDateTime();
+    return PhotoDate(m_services, m_srcFiles.row(rows.first()).PathFile, m_options.useExifDate);
+}
+
+bool Workspace::SrcItemClicked(int position)
+{
+    if (m_sourceList.selectedPositions().size() >= 2)
+        return false;
+    const int row = m_sourceList.at(position).row;
+    const SrcFiles::Row &photo = m_srcFiles.row(row);
+    if (photo.isAllocated()) {
+        m_familyList.clearSelection();
+        for (int id : ParseAllocationTag(QFileInfo(photo.PathFile).fileName()).familyIds())
+            m_familyList.setSelected(m_familyList.positionOfId(id), true);
+    }
+    return true;
+}
+
+Workspace::PhotoView Workspace::ViewSelectedPhoto()
+{
+    PhotoView view;
+    const QList<int> rows = m_sourceList.selectedRows();
+    if (rows.isEmpty())
+        return view;
+    view.row = rows.first();
+    view.path = m_srcFiles.row(view.row).PathFile;
+    view.nameText = QLatin1Char(' ') + ExpandSpecialDir(view.path, true);
+    const QDateTime taken = PhotoDate(m_services, view.path, m_options.useExifDate);
+    view.dateText = SessionRules::DateCaption(taken);
+    const int session = SessionRules::SessionCode(taken.time(), m_options.morningEnd, m_options.afternoonEnd);
+    view.beep = m_options.beepOnDateChange && (taken.date() != m_lastDay || session != m_lastSession);
+    m_lastDay = taken.date();
+    m_lastSession = session;
+    const QString ext = view.path.right(4).toLower();
+    const bool movie = ext == QLatin1String(".mov") || ext == QLatin1String(".mp4") || ext == QLatin1String(".avi");
+    view.kind = movie ? PhotoView::Movie : PhotoView::Picture;
+    return view;
+}
+
+bool Workspace::SaveAllowed() const
+{
+    const QList<int> photos = m_sourceList.selectedPositions();
+    if (photos.isEmpty())
+        return false;
+    for (int p : photos) {
+        if (m_sourceList.at(p).tag == QLatin1String("BLUE"))
+            return false;
+    }
+    return m_familyList.anyRealFamilySelected();
+}
+
+} // namespace quillet
