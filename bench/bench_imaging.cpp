@@ -42,14 +42,14 @@ Corpus generate(const QString &dir)
     Corpus corpus;
     QTextStream(stderr) << "bench_imaging: generating " << kGeneratedFiles << " 12 MP JPEGs in " << dir << "\n";
     for (int i = 0; i < kGeneratedFiles; ++i) {
-        test::TestJpeg spec;
-        spec.size = QSize(4000, 3000);
-        spec.seed = i + 1;
-        spec.dateTaken = QStringLiteral("2023:05:%1 10:%2:00").arg(1 + i % 28, 2, 10, QLatin1Char('0')).arg(i % 60, 2, 10, QLatin1Char('0'));
-        spec.thumbnailSize = i % 2 ? QSize() : QSize(160, 120);
+        test::TestJpeg want;
+        want.size = QSize(4000, 3000);
+        want.seed = i + 1;
+        want.dateTaken = QStringLiteral("2023:05:%1 10:%2:00").arg(1 + i % 28, 2, 10, QLatin1Char('0')).arg(i % 60, 2, 10, QLatin1Char('0'));
+        want.thumbnailSize = i % 2 ? QSize() : QSize(160, 120);
         const QString path = dir + QStringLiteral("/IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
-        test::writeTestJpeg(path, spec);
-        (spec.thumbnailSize.isEmpty() ? corpus.withoutThumbnail : corpus.withThumbnail).append(path);
+        test::writeTestJpeg(path, want);
+        (want.thumbnailSize.isEmpty() ? corpus.withoutThumbnail : corpus.withThumbnail).append(path);
     }
     return corpus;
 }

@@ -94,15 +94,15 @@ int main(int argc, char *argv[])
 
     const int embeddedCount = 2000;
     const int pixelsCount = 400;
-    test::TestJpeg spec;
-    spec.size = QSize(4000, 3000);
-    spec.dateTaken = QStringLiteral("2024:03:05 09:41:00");
-    spec.thumbnailSize = QSize(160, 120);
+    test::TestJpeg want;
+    want.size = QSize(4000, 3000);
+    want.dateTaken = QStringLiteral("2024:03:05 09:41:00");
+    want.thumbnailSize = QSize(160, 120);
     const QString withThumb = tmp.path() + QStringLiteral("/with.jpg");
     const QString without = tmp.path() + QStringLiteral("/without.jpg");
-    test::writeTestJpeg(withThumb, spec);
-    spec.thumbnailSize = QSize();
-    test::writeTestJpeg(without, spec);
+    test::writeTestJpeg(withThumb, want);
+    want.thumbnailSize = QSize();
+    test::writeTestJpeg(without, want);
     makeLinks(withThumb, tmp.path() + QStringLiteral("/embedded"), embeddedCount);
     makeLinks(without, tmp.path() + QStringLiteral("/pixels"), pixelsCount);
 

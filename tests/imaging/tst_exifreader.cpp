@@ -125,12 +125,12 @@ private Q_SLOTS:
     void bothByteOrdersGiveTheSameDate()
     {
         for (bool intel : {true, false}) {
-            TestJpeg spec;
-            spec.dateTaken = kDate;
-            spec.intelOrder = intel;
-            spec.thumbnailSize = QSize(160, 120);
+            TestJpeg want;
+            want.dateTaken = kDate;
+            want.intelOrder = intel;
+            want.thumbnailSize = QSize(160, 120);
             clsEXIFreader reader;
-            reader.setPicFile(write(intel ? QStringLiteral("ii.jpg") : QStringLiteral("mm.jpg"), makeTestJpeg(spec)));
+            reader.setPicFile(write(intel ? QStringLiteral("ii.jpg") : QStringLiteral("mm.jpg"), makeTestJpeg(want)));
             QCOMPARE(reader.Tag(36867).toString(), kDate + QChar(0));
             QCOMPARE(clsEXIFreader::ReturnDateType(reader.Tag(36867)),
                      QDateTime(QDate(2009, 3, 14), QTime(15, 9, 26)));
@@ -147,9 +147,9 @@ private Q_SLOTS:
     // Text that fits the value field gives its 4 characters whatever the count says.
     void shortTextGivesFourCharacters()
     {
-        TestJpeg spec;
-        spec.dateTaken = kDate;
-        QByteArray bytes = makeTestJpeg(spec);
+        TestJpeg want;
+        want.dateTaken = kDate;
+        QByteArray bytes = makeTestJpeg(want);
         const qsizetype entry = entryPos(bytes, 36864, 7, true);
         QVERIFY(entry > 0);
         putU32(bytes, entry + 4, 2, true);
@@ -197,10 +197,10 @@ private Q_SLOTS:
     // The reader reads the head of a file first; what lies beyond must still be found.
     void dataBeyondTheHead()
     {
-        TestJpeg spec;
-        spec.dateTaken = kDate;
-        spec.size = QSize(1200, 900);
-        const QByteArray jpeg = makeTestJpeg(spec);
+        TestJpeg want;
+        want.dateTaken = kDate;
+        want.size = QSize(1200, 900);
+        const QByteArray jpeg = makeTestJpeg(want);
 
         // A large APP2 (a colour profile) before the EXIF block.
         QByteArray app2("\xFF\xE2\xFF\xF0", 4);
@@ -230,10 +230,10 @@ private Q_SLOTS:
 
     void offsetPastTheEndStopsTheWalk()
     {
-        TestJpeg spec;
-        spec.dateTaken = kDate;
-        spec.intelOrder = false;
-        QByteArray bytes = makeTestJpeg(spec);
+        TestJpeg want;
+        want.dateTaken = kDate;
+        want.intelOrder = false;
+        QByteArray bytes = makeTestJpeg(want);
         putU32(bytes, entryPos(bytes, 34665, 4, false) + 8, 0x7FFFFFF0u, false);
         clsEXIFreader reader;
         reader.Load(write(QStringLiteral("far.jpg"), bytes));

@@ -60,12 +60,12 @@ class TestImageTransforms : public QObject
 
     QString photo(const QString &name, QSize size, const QString &date = QStringLiteral("2021:06:07 09:30:00"))
     {
-        TestJpeg spec;
-        spec.size = size;
-        spec.dateTaken = date;
-        spec.thumbnailSize = QSize(160, 120);
+        TestJpeg want;
+        want.size = size;
+        want.dateTaken = date;
+        want.thumbnailSize = QSize(160, 120);
         const QString path = m_env->path(QStringLiteral("src/") + name);
-        if (!writeTestJpeg(path, spec))
+        if (!writeTestJpeg(path, want))
             qFatal("cannot write %s", qPrintable(path));
         setMtime(path, kTaken);
         return path;

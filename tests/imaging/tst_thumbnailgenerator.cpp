@@ -57,10 +57,10 @@ class TestThumbnailGenerator : public QObject
 
     std::unique_ptr<TestEnv> m_env;
 
-    QString photo(const QString &name, const TestJpeg &spec)
+    QString photo(const QString &name, const TestJpeg &want)
     {
         const QString path = m_env->path(QStringLiteral("photos/") + name);
-        if (!writeTestJpeg(path, spec))
+        if (!writeTestJpeg(path, want))
             qFatal("cannot write %s", qPrintable(path));
         return path;
     }
@@ -84,10 +84,10 @@ private Q_SLOTS:
     {
         QFETCH(QSize, photo);
         QFETCH(QSize, expected);
-        TestJpeg spec;
-        spec.size = photo;
+        TestJpeg want;
+        want.size = photo;
         cThumbnailGenerator generator;
-        generator.FileName = this->photo(QStringLiteral("p.jpg"), spec);
+        generator.FileName = this->photo(QStringLiteral("p.jpg"), want);
         const QImage thumb = generator.GetThumbnail();
         QCOMPARE(thumb.size(), expected);
         // The picture itself, not a blank: the test picture has a red gradient left to right.
@@ -128,22 +128,22 @@ private Q_SLOTS:
         QFETCH(QSize, photo);
         QFETCH(QSize, embedded);
         QFETCH(bool, used);
-        TestJpeg spec;
-        spec.size = photo;
-        spec.thumbnailSize = embedded;
-        spec.thumbnailPicture = solid(Qt::red);
-        const QImage thumb = cThumbnailGenerator::thumbnail(this->photo(QStringLiteral("e.jpg"), spec));
+        TestJpeg want;
+        want.size = photo;
+        want.thumbnailSize = embedded;
+        want.thumbnailPicture = solid(Qt::red);
+        const QImage thumb = cThumbnailGenerator::thumbnail(this->photo(QStringLiteral("e.jpg"), want));
         QCOMPARE(isRed(thumb), used);
         QCOMPARE(thumb.size(), photo.scaled(96, 96, Qt::KeepAspectRatio));
         // Only a picture decoded from the photo goes into the cache.
-        QCOMPARE(QFileInfo::exists(ThumbnailCache::entryPath(this->photo(QStringLiteral("e.jpg"), spec))), !used);
+        QCOMPARE(QFileInfo::exists(ThumbnailCache::entryPath(this->photo(QStringLiteral("e.jpg"), want))), !used);
     }
 
     void cacheWrittenThenReadUntilTheFileChanges()
     {
-        TestJpeg spec;
-        spec.size = QSize(1600, 1200);
-        const QString path = photo(QStringLiteral("c.jpg"), spec);
+        TestJpeg want;
+        want.size = QSize(1600, 1200);
+        const QString path = photo(QStringLiteral("c.jpg"), want);
         const QString entry = ThumbnailCache::entryPath(path);
         QVERIFY(entry.startsWith(m_env->root()));
         QVERIFY(entry.contains(QStringLiteral("/.cache/thumbnails/normal/")));
@@ -239,11 +239,11 @@ private Q_SLOTS:
     {
         QStringList paths;
         for (int i = 0; i < 12; ++i) {
-            TestJpeg spec;
-            spec.size = i % 2 ? QSize(800, 600) : QSize(600, 800);
-            spec.seed = i;
-            spec.thumbnailSize = i % 3 ? QSize(160, 120) : QSize();
-            paths.append(photo(QStringLiteral("t%1.jpg").arg(i), spec));
+            TestJpeg want;
+            want.size = i % 2 ? QSize(800, 600) : QSize(600, 800);
+            want.seed = i;
+            want.thumbnailSize = i % 3 ? QSize(160, 120) : QSize();
+            paths.append(photo(QStringLiteral("t%1.jpg").arg(i), want));
         }
         const QList<QImage> parallel = QtConcurrent::blockingMapped(paths, [](const QString &p) {
             return cThumbnailGenerator::thumbnail(p, QSize(96, 96), false);

@@ -210,18 +210,18 @@ QByteArray insertAfterSoi(const QByteArray &jpeg, const QByteArray &seg)
     return jpeg.left(2) + seg + jpeg.mid(2);
 }
 
-QByteArray makeTestJpeg(const TestJpeg &spec)
+QByteArray makeTestJpeg(const TestJpeg &want)
 {
-    const QImage picture = testPicture(spec.size, spec.seed);
-    QByteArray jpeg = encodeJpeg(picture, spec.quality);
-    if (!spec.noExif) {
+    const QImage picture = testPicture(want.size, want.seed);
+    QByteArray jpeg = encodeJpeg(picture, want.quality);
+    if (!want.noExif) {
         QByteArray thumb;
-        const QImage &source = spec.thumbnailPicture.isNull() ? picture : spec.thumbnailPicture;
-        if (!spec.thumbnailSize.isEmpty())
-            thumb = encodeJpeg(source.scaled(spec.thumbnailSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), 80);
-        jpeg = insertAfterSoi(jpeg, exifSegment(spec.dateTaken, spec.intelOrder, thumb));
+        const QImage &source = want.thumbnailPicture.isNull() ? picture : want.thumbnailPicture;
+        if (!want.thumbnailSize.isEmpty())
+            thumb = encodeJpeg(source.scaled(want.thumbnailSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), 80);
+        jpeg = insertAfterSoi(jpeg, exifSegment(want.dateTaken, want.intelOrder, thumb));
     }
-    if (spec.xmpFirst) {
+    if (want.xmpFirst) {
         const QByteArray xmp = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29)
                                + "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"></x:xmpmeta>";
         jpeg = insertAfterSoi(jpeg, segment(0xE1, xmp));
@@ -229,11 +229,11 @@ QByteArray makeTestJpeg(const TestJpeg &spec)
     return jpeg;
 }
 
-bool writeTestJpeg(const QString &path, const TestJpeg &spec)
+bool writeTestJpeg(const QString &path, const TestJpeg &want)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile f(path);
-    const QByteArray bytes = makeTestJpeg(spec);
+    const QByteArray bytes = makeTestJpeg(want);
     return !bytes.isEmpty() && f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
 }
 

@@ -42,9 +42,9 @@ QSize jpegSize(const QByteArray &jpeg);
 
 // The whole file: the picture, an EXIF block after SOI (unless noExif), an XMP block first when
 // asked. The embedded thumbnail is the same picture scaled to thumbnailSize.
-QByteArray makeTestJpeg(const TestJpeg &spec);
-// Writes makeTestJpeg(spec) to a path (folders created); false when it cannot.
-bool writeTestJpeg(const QString &path, const TestJpeg &spec);
+QByteArray makeTestJpeg(const TestJpeg &want);
+// Writes makeTestJpeg(want) to a path (folders created); false when it cannot.
+bool writeTestJpeg(const QString &path, const TestJpeg &want);
 // Inserts a segment right after the SOI marker of a JPEG.
 QByteArray insertAfterSoi(const QByteArray &jpeg, const QByteArray &segment);
 
