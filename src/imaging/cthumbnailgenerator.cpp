@@ -1,5 +1,7 @@
 #include "cthumbnailgenerator.h"
 
+#include "jpegscaleddecode.h"
+
 #include "clsexifreader.h"
 #include "freeimagebitmap.h"
 #include "jpegframe.h"
@@ -74,6 +76,17 @@ QImage embeddedThumbnail(const QString &path, QSize desired)
 // to fit a square of `longSide`.
 QImage decoded(const QString &path, int format, int longSide, const QString &file)
 {
+    if (format == FIF_JPEG) {
+        // libjpeg-turbo's own reduced decode with the fast preview options; FreeImage below
+        // handles what it cannot (and every other format).
+        const QImage image = DecodeJpegScaled(path, longSide);
+        if (!image.isNull()) {
+            const QSize target = FreeImageBitmap::fitInto(image.size(), QSize(longSide, longSide));
+            return target.width() < image.width()
+                ? image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                : image;
+        }
+    }
     FreeImageBitmap::Ptr bitmap = FreeImageBitmap::load(path, format, longSide);
     if (!bitmap)
         fail(45007, QStringLiteral("ExtractImage on ") + file + QStringLiteral(" failed."));
