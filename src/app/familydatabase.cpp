@@ -335,7 +335,11 @@ QString FamilyDatabase::ReadPrivacyText()
 
 void FamilyDatabase::WriteFamilyIDsCsv()
 {
-    const QString path = lib_JoinPath(ReadSetting(QStringLiteral("SrcDir")), QStringLiteral("_FamilyIDs.csv"));
+    const QString srcDir = ReadSetting(QStringLiteral("SrcDir"));
+    const QString path = lib_JoinPath(srcDir, QStringLiteral("_FamilyIDs.csv"));
+    if (srcDir.isEmpty()) // the list would land in whatever folder is current
+        throw Error(kErrPathNotFound, QStringLiteral("WriteFamilyIDsCsv"),
+                    QStringLiteral("Path not found: the Source Dir is not set\r\nFile: ") + path);
     QString text;
     for (const QSqlRecord &r : select(QStringLiteral("SELECT * FROM tblFamilies"))) {
         text += csvField(r.value(QStringLiteral("FamilyID")), false) + QLatin1Char(',')

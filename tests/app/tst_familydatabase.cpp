@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
@@ -110,6 +111,23 @@ private Q_SLOTS:
         QCOMPARE(db.select(QStringLiteral("SELECT * FROM _tblParams")).size(), 1);
         QVERIFY(db.select(QStringLiteral("SELECT * FROM tblFamilies")).isEmpty());
         QVERIFY(m_port->messages().isEmpty());
+        // Every field the program reads or writes by name.
+        const QStringList families{"FamilyID", "FirstName", "LastName", "Parent", "Current", "NoUploadToWeb",
+                                   "NoCopyToCd", "FamDaysMam", "FamDaysTam", "FamDaysWam", "FamDaysTHam",
+                                   "FamDaysFam", "FamDaysMpm", "FamDaysTpm", "FamDaysWpm", "FamDaysTHpm",
+                                   "FamDaysFpm", "FamDaysOverride", "StartDate", "EndDate"};
+        const QStringList params{"DBversion", "PrivacyText", "MorningSessEnd", "AfternoonSessEnd", "WebAllowPriv",
+                                 "WebCopyPriv", "CdAllowPriv", "CdCopyPriv", "LastDBUpdate", "LastExport",
+                                 "LastExportFromPC"};
+        const auto fields = [&db](const QString &table) {
+            const QSqlRecord r = db.connection().record(table);
+            QStringList names;
+            for (int i = 0; i < r.count(); ++i)
+                names << r.fieldName(i);
+            return names;
+        };
+        QCOMPARE(fields(QStringLiteral("tblFamilies")), families);
+        QCOMPARE(fields(QStringLiteral("_tblParams")), params);
     }
 
     void missingFileIsFatal()
@@ -370,6 +388,15 @@ private Q_SLOTS:
         QFile csv(old);
         QVERIFY(csv.open(QIODevice::ReadOnly));
         QCOMPARE(csv.readAll(), QByteArray("old\r\n"));
+    }
+
+    void csvWithoutSourceDirFails()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        QVERIFY_THROWS_EXCEPTION(Error, db.WriteFamilyIDsCsv());
+        QVERIFY(!QFileInfo::exists(QStringLiteral("_FamilyIDs.csv")));
     }
 
     void csvIntoMissingFolderFails()
