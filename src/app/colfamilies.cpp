@@ -13,6 +13,19 @@ namespace {
 
 } // namespace
 
+int colFamilies::indexOfKey(const QString &key) const
+{
+    // Keys match without regard to letter case, as in the keyed collections the program grew up
+    // with: "K12" and "k12" name the same record.
+    if (key.isEmpty())
+        return -1;
+    for (int i = 0; i < m_keys.size(); ++i) {
+        if (m_keys.at(i).compare(key, Qt::CaseInsensitive) == 0)
+            return i;
+    }
+    return -1;
+}
+
 clsFamily &colFamilies::Add(qint32 familyId, const QString &key)
 {
     clsFamily f;
@@ -23,7 +36,7 @@ clsFamily &colFamilies::Add(qint32 familyId, const QString &key)
 
 void colFamilies::append(const clsFamily &family, const QString &key)
 {
-    if (!key.isEmpty() && m_keys.contains(key))
+    if (indexOfKey(key) >= 0)
         throw Error(kObjectErrorBase + 1, QStringLiteral("colFamilies"), QStringLiteral("Key already used: ") + key);
     m_items.append(family);
     m_keys.append(key);
@@ -38,7 +51,7 @@ const clsFamily &colFamilies::item(int position) const
 
 const clsFamily &colFamilies::item(const QString &key) const
 {
-    const int i = key.isEmpty() ? -1 : int(m_keys.indexOf(key));
+    const int i = indexOfKey(key);
     if (i < 0)
         invalid(key);
     return m_items.at(i);
@@ -50,6 +63,14 @@ void colFamilies::Remove(int position)
         invalid(QString::number(position));
     m_items.removeAt(position - 1);
     m_keys.removeAt(position - 1);
+}
+
+void colFamilies::Remove(const QString &key)
+{
+    const int i = indexOfKey(key);
+    if (i < 0)
+        invalid(key);
+    Remove(i + 1);
 }
 
 void colFamilies::Clear()

@@ -19,15 +19,22 @@
 #include <QSqlField>
 #include <QSqlQuery>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
 namespace quillet {
 
 namespace {
 
 QAtomicInt g_connections;
 
+// FamilyID is never given out twice, even after the family with the highest one is deleted:
+// allocation tags in file names keep naming a deleted family, and a newcomer must not inherit
+// its photos (or its privacy choices).
 const char *const kSchema[] = {
     "CREATE TABLE tblFamilies ("
-    " FamilyID INTEGER PRIMARY KEY,"
+    " FamilyID INTEGER PRIMARY KEY AUTOINCREMENT,"
     " FirstName TEXT NOT NULL COLLATE QNOCASE,"
     " LastName TEXT COLLATE QNOCASE,"
     " Parent TEXT COLLATE QNOCASE,"
@@ -62,11 +69,11 @@ QVariant toStored(const QVariant &value)
     case QMetaType::Bool:
         return value.toBool() ? -1 : 0;
     case QMetaType::QTime:
-        return value.toTime().toString(QStringLiteral("HH:mm:ss"));
     case QMetaType::QDate:
-        return value.toDate().toString(QStringLiteral("yyyy-MM-dd"));
-    case QMetaType::QDateTime:
-        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    case QMetaType::QDateTime: {
+        const QString text = storedDateText(value);
+        return text.isEmpty() ? QVariant() : QVariant(text);
+    }
     default:
         return value;
     }
@@ -103,11 +110,16 @@ QSqlDatabase FamilyDatabase::connection() const
 
 bool FamilyDatabase::Provision(const QString &path)
 {
+    // Built beside the target and moved into place whole, so an interrupted first start leaves no
+    // half-made database behind; an existing database is never replaced.
+    if (QFileInfo::exists(path))
+        return false;
+    const QString temp = lib_TempCopyName(path, path);
     const QString name = QStringLiteral("quillet-provision");
     bool ok = true;
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(path);
+        db.setDatabaseName(temp);
         ok = db.open() && RegisterTextCollation(db);
         QSqlQuery q(db);
         for (const char *statement : kSchema)
@@ -115,6 +127,9 @@ bool FamilyDatabase::Provision(const QString &path)
         db.close();
     }
     QSqlDatabase::removeDatabase(name);
+    ok = ok && !QFileInfo::exists(path) && QFile::rename(temp, path);
+    if (!ok)
+        QFile::remove(temp);
     return ok;
 }
 
@@ -177,8 +192,10 @@ bool FamilyDatabase::repair(const QString &path)
     }
     QSqlDatabase::removeDatabase(name);
     if (rebuilt && QFileInfo::exists(temp)) {
-        QFile::remove(path);
-        return QFile::rename(temp, path);
+        // rename() replaces the damaged file in one step: at every moment there is a database.
+        if (::rename(QFile::encodeName(temp).constData(), QFile::encodeName(path).constData()) == 0)
+            return true;
+        m_lastError = QString::fromLocal8Bit(std::strerror(errno)) + QStringLiteral(": ") + temp;
     }
     QFile::remove(temp);
     return reindexed;
@@ -226,31 +243,56 @@ QList<QSqlRecord> FamilyDatabase::select(const QString &jetSql) const
     return rows;
 }
 
-void FamilyDatabase::exec(const QString &jetSql, const QVariantList &values) const
+void FamilyDatabase::run(QSqlQuery &q, const QString &jetSql, const QVariantList &values)
 {
-    QSqlQuery q(connection());
-    q.prepare(translateJetSql(jetSql));
+    bool ok = q.prepare(translateJetSql(jetSql));
     for (const QVariant &v : values)
         q.addBindValue(toStored(v));
-    if (!q.exec())
+    ok = ok && q.exec();
+    if (!ok)
         throw Error(kObjectErrorBase + 1, QStringLiteral("FamilyDatabase"),
                     sqlError(q.lastError()) + QStringLiteral("\r\nSQL: ") + jetSql);
 }
 
+void FamilyDatabase::exec(const QString &jetSql, const QVariantList &values) const
+{
+    QSqlQuery q(connection());
+    run(q, jetSql, values);
+}
+
+void FamilyDatabase::checkParamName(const QString &name) const
+{
+    // A misspelt parameter is a program fault: say so rather than read Null or write SQL around it.
+    if (m_params.indexOf(name) < 0)
+        throw Error(kObjectErrorBase + 1, QStringLiteral("FamilyDatabase"),
+                    (m_params.isEmpty() ? QStringLiteral("The family database is not open; parameter: ")
+                                        : QStringLiteral("No such parameter: "))
+                        + name);
+}
+
+qint64 FamilyDatabase::insert(const QString &jetSql, const QVariantList &values) const
+{
+    QSqlQuery q(connection());
+    run(q, jetSql, values);
+    return q.lastInsertId().toLongLong();
+}
+
 QVariant FamilyDatabase::ReadParam(const QString &name)
 {
+    checkParamName(name);
     return m_params.value(name);
 }
 
 void FamilyDatabase::WriteParam(const QString &name, const QVariant &value)
 {
+    checkParamName(name);
     const QVariant stored = toStored(value);
     const QString before = m_params.value(name).isNull() ? QString() : m_params.value(name).toString();
     const QString after = stored.isNull() ? QString() : stored.toString();
     if (before == after)
         return;
     const bool stamp = name.left(10) != QLatin1String("LastExport");
-    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const QString now = storedDateText(QDateTime::currentDateTime());
     QString sql = QStringLiteral("UPDATE _tblParams SET [") + name + QStringLiteral("]=?");
     QVariantList values{stored};
     if (stamp) {
@@ -265,7 +307,7 @@ void FamilyDatabase::WriteParam(const QString &name, const QVariant &value)
 
 void FamilyDatabase::TouchLastDBUpdate()
 {
-    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const QString now = storedDateText(QDateTime::currentDateTime());
     exec(QStringLiteral("UPDATE _tblParams SET LastDBUpdate=?"), {now});
     m_params.setValue(QStringLiteral("LastDBUpdate"), now);
 }
@@ -293,7 +335,11 @@ QString FamilyDatabase::ReadPrivacyText()
 
 void FamilyDatabase::WriteFamilyIDsCsv()
 {
-    const QString path = lib_JoinPath(ReadSetting(QStringLiteral("SrcDir")), QStringLiteral("_FamilyIDs.csv"));
+    const QString srcDir = ReadSetting(QStringLiteral("SrcDir"));
+    const QString path = lib_JoinPath(srcDir, QStringLiteral("_FamilyIDs.csv"));
+    if (srcDir.isEmpty()) // the list would land in whatever folder is current
+        throw Error(kErrPathNotFound, QStringLiteral("WriteFamilyIDsCsv"),
+                    QStringLiteral("Path not found: the Source Dir is not set\r\nFile: ") + path);
     QString text;
     for (const QSqlRecord &r : select(QStringLiteral("SELECT * FROM tblFamilies"))) {
         text += csvField(r.value(QStringLiteral("FamilyID")), false) + QLatin1Char(',')
@@ -304,10 +350,15 @@ void FamilyDatabase::WriteFamilyIDsCsv()
                                                                 : QStringLiteral("\"Not Current\""))
             + QStringLiteral("\r\n");
     }
+    // A list the user has made read-only stays as it is (the save-and-rename would replace it,
+    // and would for an administrator in any case).
+    if (QFileInfo::exists(path) && !(QFile::permissions(path) & QFileDevice::WriteOwner))
+        throw Error(kErrPathFileAccess, QStringLiteral("WriteFamilyIDsCsv"),
+                    QStringLiteral("Path/File access error: the file is read-only\r\nFile: ") + path);
     QSaveFile out(path);
     if (!out.open(QIODevice::WriteOnly) || out.write(text.toUtf8()) < 0 || !out.commit())
         throw Error(kErrPathFileAccess, QStringLiteral("WriteFamilyIDsCsv"),
-                    out.errorString() + QStringLiteral("\r\nFile:") + path);
+                    out.errorString() + QStringLiteral("\r\nFile: ") + path);
 }
 
 } // namespace quillet

@@ -6,6 +6,8 @@
 #include <QSqlRecord>
 #include <QVariant>
 
+class QSqlQuery;
+
 namespace quillet {
 
 // The family database: one SQLite file in the data folder with the families (tblFamilies) and
@@ -22,8 +24,8 @@ public:
 
     // The database file in the data folder.
     static QString DbPath();
-    // Creates an empty database with both tables and the one parameter row. False when the file
-    // cannot be written.
+    // Creates an empty database with both tables and the one parameter row (a fresh installation).
+    // False, with nothing written, when the file exists already or cannot be written.
     static bool Provision(const QString &path);
 
     // Opens the database; a damaged file is repaired once (rebuilt into a fresh file that then
@@ -36,10 +38,14 @@ public:
     // The description of the last failure to open, for the fatal message.
     const QString &lastError() const { return m_lastError; }
 
-    // Runs a statement; throws Error with the database's message when it fails.
+    // Runs a statement; throws Error with the database's message when it fails. Values bind to
+    // "?" in order: booleans are stored as -1/0, dates and times as storedDateText.
     QList<QSqlRecord> select(const QString &jetSql) const;
     void exec(const QString &jetSql, const QVariantList &values = {}) const;
+    // Runs an INSERT and returns the key the database gave the new row (a new FamilyID).
+    qint64 insert(const QString &jetSql, const QVariantList &values = {}) const;
 
+    // The parameter as stored (may be Null). An unknown name throws Error.
     QVariant ReadParam(const QString &name) override;
     // Writes when the value differs (Null taken as ""); every name except the two "LastExport..."
     // ones also stamps LastDBUpdate with the present time.
@@ -57,6 +63,8 @@ public:
     QSqlDatabase connection() const;
 
 private:
+    static void run(QSqlQuery &q, const QString &jetSql, const QVariantList &values);
+    void checkParamName(const QString &name) const;
     bool tryOpen(const QString &path);
     bool repair(const QString &path);
     void loadParams();

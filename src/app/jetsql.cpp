@@ -14,62 +14,105 @@ struct Token
     QString text;
 };
 
+// End of a quoted text that opens at `i` (the quote doubled inside stands for itself).
+int scanQuoted(const QString &sql, int i, QChar quote)
+{
+    const int n = int(sql.size());
+    int j = i + 1;
+    while (j < n) {
+        if (sql.at(j) != quote) {
+            ++j;
+        } else if (j + 1 < n && sql.at(j + 1) == quote) {
+            j += 2;
+        } else {
+            return j + 1;
+        }
+    }
+    return n;
+}
+
+// A double-quoted text becomes the single-quoted text SQLite reads as a value (SQLite would take
+// "..." for a column name first).
+QString singleQuoted(const QString &doubleQuoted)
+{
+    QString inner = doubleQuoted.mid(1, doubleQuoted.size() - (doubleQuoted.endsWith(QLatin1Char('"')) ? 2 : 1));
+    inner.replace(QStringLiteral("\"\""), QStringLiteral("\""));
+    inner.replace(QLatin1Char('\''), QStringLiteral("''"));
+    return QLatin1Char('\'') + inner + QLatin1Char('\'');
+}
+
+// End of one part of a name: "[...]" or a word.
+int scanNamePart(const QString &sql, int i)
+{
+    const int n = int(sql.size());
+    int j = i + 1;
+    if (sql.at(i) == QLatin1Char('[')) {
+        while (j < n && sql.at(j) != QLatin1Char(']'))
+            ++j;
+        return std::min(n, j + 1);
+    }
+    while (j < n && (sql.at(j).isLetterOrNumber() || sql.at(j) == QLatin1Char('_')))
+        ++j;
+    return j;
+}
+
+bool startsNamePart(const QString &sql, int i)
+{
+    return i < sql.size() && (sql.at(i) == QLatin1Char('[') || sql.at(i).isLetter() || sql.at(i) == QLatin1Char('_'));
+}
+
+// End of a name with its qualifiers ("tbl.FirstName", "[tbl].[First Name]"): one operand.
+int scanName(const QString &sql, int i)
+{
+    int j = scanNamePart(sql, i);
+    while (j + 1 < sql.size() && sql.at(j) == QLatin1Char('.') && startsNamePart(sql, j + 1))
+        j = scanNamePart(sql, j + 1);
+    return j;
+}
+
+Token::Kind punctuation(QChar c)
+{
+    switch (c.unicode()) {
+    case '(': return Token::Open;
+    case ')': return Token::Close;
+    case ',': return Token::Comma;
+    case '&': return Token::Amp;
+    default: return Token::Other;
+    }
+}
+
 QList<Token> tokenize(const QString &sql)
 {
     QList<Token> out;
-    int i = 0;
     const int n = int(sql.size());
-    while (i < n) {
+    for (int i = 0; i < n;) {
         const QChar c = sql.at(i);
         int j = i + 1;
-        Token::Kind kind = Token::Other;
+        Token::Kind kind = punctuation(c);
         if (c.isSpace()) {
             while (j < n && sql.at(j).isSpace())
                 ++j;
             kind = Token::Space;
-        } else if (c == QLatin1Char('\'')) {
-            // A quoted text; '' inside stands for one quote.
-            for (;; ++j) {
-                if (j >= n)
-                    break;
-                if (sql.at(j) == QLatin1Char('\'')) {
-                    if (j + 1 < n && sql.at(j + 1) == QLatin1Char('\'')) {
-                        ++j;
-                        continue;
-                    }
-                    ++j;
-                    break;
-                }
-            }
+        } else if (c == QLatin1Char('\'') || c == QLatin1Char('"')) {
+            j = scanQuoted(sql, i, c);
             kind = Token::Text;
-        } else if (c == QLatin1Char('[')) {
-            while (j < n && sql.at(j) != QLatin1Char(']'))
-                ++j;
-            j = std::min(n, j + 1);
-            kind = Token::Name;
         } else if (c == QLatin1Char('#')) {
             while (j < n && sql.at(j) != QLatin1Char('#'))
                 ++j;
             j = std::min(n, j + 1);
             kind = Token::Date;
-        } else if (c.isLetter() || c == QLatin1Char('_')) {
-            while (j < n && (sql.at(j).isLetterOrNumber() || sql.at(j) == QLatin1Char('_') || sql.at(j) == QLatin1Char('.')))
-                ++j;
-            kind = Token::Word;
+        } else if (startsNamePart(sql, i)) {
+            j = scanName(sql, i);
+            kind = c == QLatin1Char('[') ? Token::Name : Token::Word;
         } else if (c.isDigit()) {
             while (j < n && (sql.at(j).isDigit() || sql.at(j) == QLatin1Char('.')))
                 ++j;
             kind = Token::Number;
-        } else if (c == QLatin1Char('(')) {
-            kind = Token::Open;
-        } else if (c == QLatin1Char(')')) {
-            kind = Token::Close;
-        } else if (c == QLatin1Char(',')) {
-            kind = Token::Comma;
-        } else if (c == QLatin1Char('&')) {
-            kind = Token::Amp;
         }
-        out.append({kind, sql.mid(i, j - i)});
+        QString text = sql.mid(i, j - i);
+        if (c == QLatin1Char('"'))
+            text = singleQuoted(text);
+        out.append({kind, text});
         i = j;
     }
     return out;
@@ -81,11 +124,13 @@ QString dateLiteral(const QString &token)
     for (const char *format : {"MM/dd/yyyy HH:mm:ss", "M/d/yyyy H:mm:ss", "MM/dd/yyyy", "M/d/yyyy"}) {
         const QDateTime dt = QDateTime::fromString(inner, QLatin1String(format));
         if (dt.isValid())
-            return QLatin1Char('\'') + dt.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QLatin1Char('\'');
+            return QLatin1Char('\'') + storedDateText(dt) + QLatin1Char('\'');
     }
-    const QTime t = QTime::fromString(inner, QStringLiteral("HH:mm:ss"));
-    if (t.isValid())
-        return QLatin1Char('\'') + t.toString(QStringLiteral("HH:mm:ss")) + QLatin1Char('\'');
+    for (const char *format : {"HH:mm:ss", "H:mm:ss", "HH:mm", "H:mm"}) {
+        const QTime t = QTime::fromString(inner, QLatin1String(format));
+        if (t.isValid())
+            return QLatin1Char('\'') + storedDateText(t) + QLatin1Char('\'');
+    }
     return QLatin1Char('\'') + inner + QLatin1Char('\'');
 }
 
@@ -154,8 +199,9 @@ void foldConcatenation(QList<Token> &tokens)
             continue;
         const int from = operandStart(tokens, i - 1);
         const int to = operandEnd(tokens, i + 1);
-        const QString folded = QStringLiteral("(IFNULL(") + join(tokens, from, i - 1) + QStringLiteral(",'') || IFNULL(")
-            + join(tokens, i + 1, to) + QStringLiteral(",''))");
+        // The result keeps the text rule of the columns: compared and sorted without regard to case.
+        const QString folded = QStringLiteral("((IFNULL(") + join(tokens, from, i - 1)
+            + QStringLiteral(",'') || IFNULL(") + join(tokens, i + 1, to) + QStringLiteral(",'')) COLLATE QNOCASE)");
         tokens.erase(tokens.begin() + from, tokens.begin() + to + 1);
         tokens.insert(from, {Token::Word, folded});
         i = from;
@@ -178,45 +224,68 @@ void translateLikePatterns(QList<Token> &tokens)
     }
 }
 
+// Ends an ORDER BY term: it sorts without regard to case, unless it is a concatenation, which
+// already does.
+void closeOrderTerm(QString &out)
+{
+    int keep = int(out.size());
+    while (keep > 0 && out.at(keep - 1).isSpace())
+        --keep;
+    const QString trailing = out.mid(keep);
+    out.truncate(keep);
+    if (!out.endsWith(QLatin1String(" COLLATE QNOCASE)")))
+        out += QStringLiteral(" COLLATE QNOCASE");
+    out += trailing;
+}
+
 // Appends COLLATE QNOCASE to each top-level term after ORDER BY.
 QString collateOrderBy(const QList<Token> &tokens)
 {
     QString out;
     bool inOrderBy = false;
+    bool termOpen = false;
     int depth = 0;
     for (int i = 0; i < tokens.size(); ++i) {
         const Token &t = tokens[i];
-        if (t.kind == Token::Open)
-            ++depth;
-        else if (t.kind == Token::Close)
-            --depth;
-        if (depth == 0 && isWord(t, "BY") && i >= 2 && isWord(tokens[i - 2], "ORDER")) {
-            out += t.text;
+        const bool topLevel = depth == 0 && t.kind != Token::Close;
+        depth += t.kind == Token::Open ? 1 : t.kind == Token::Close ? -1 : 0;
+        if (topLevel && isWord(t, "BY") && i >= 2 && isWord(tokens[i - 2], "ORDER")) {
             inOrderBy = true;
-            continue;
-        }
-        if (inOrderBy && depth == 0 && (t.kind == Token::Comma || isWord(t, "ASC") || isWord(t, "DESC"))) {
-            while (out.endsWith(QLatin1Char(' ')))
-                out.chop(1);
-            out += QStringLiteral(" COLLATE QNOCASE");
-            if (t.kind != Token::Comma)
-                out += QLatin1Char(' ');
-            out += t.text;
-            if (t.kind != Token::Comma)
-                inOrderBy = false;
-            continue;
+        } else if (inOrderBy && topLevel && (t.kind == Token::Comma || isWord(t, "ASC") || isWord(t, "DESC"))) {
+            if (termOpen)
+                closeOrderTerm(out);
+            termOpen = false;
+        } else if (inOrderBy && t.kind != Token::Space && !(t.kind == Token::Other && t.text == QLatin1String(";"))) {
+            termOpen = true;
         }
         out += t.text;
     }
-    if (inOrderBy) {
-        while (out.endsWith(QLatin1Char(' ')) || out.endsWith(QLatin1Char(';')))
-            out.chop(1);
-        out += QStringLiteral(" COLLATE QNOCASE");
+    if (termOpen) {
+        const bool semicolon = out.trimmed().endsWith(QLatin1Char(';'));
+        if (semicolon)
+            out.truncate(out.lastIndexOf(QLatin1Char(';')));
+        closeOrderTerm(out);
+        if (semicolon)
+            out += QLatin1Char(';');
     }
     return out;
 }
 
 } // namespace
+
+QString storedDateText(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QDate:
+        return value.toDate().startOfDay().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    case QMetaType::QTime:
+        return value.toTime().toString(QStringLiteral("HH:mm:ss"));
+    case QMetaType::QDateTime:
+        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    default:
+        return QString();
+    }
+}
 
 QString translateJetSql(const QString &jetSql)
 {

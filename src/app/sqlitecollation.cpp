@@ -16,12 +16,11 @@ namespace {
 int compareText(void *, int lengthA, const void *a, int lengthB, const void *b)
 {
     static const QCollator collator = [] {
-        // Names sort as people read them in the user's language; a machine set to the bare C
-        // locale would compare code points and put accented letters after "z".
-        QLocale locale = QLocale::system();
-        if (locale.language() == QLocale::C)
-            locale = QLocale(QLocale::English);
-        QCollator c(locale);
+        // One order for every PC, whatever its language: the database file travels between PCs,
+        // and an index sorted under one machine's rules would read as damaged under another's
+        // (a Swedish collation puts "Å" after "z"). The general order keeps accented letters
+        // beside their base letter; the bare C locale would compare code points instead.
+        QCollator c(QLocale(QLocale::English));
         c.setCaseSensitivity(Qt::CaseInsensitive);
         return c;
     }();

@@ -1,10 +1,23 @@
 #include "allocationtag.h"
 
+#include <algorithm>
+
 namespace quillet {
+
+namespace {
+
+// Where the file name of a path begins: only the file name carries a tag, so a folder called
+// "Party (#1)" is never read as one. Journal paths use "\", local ones "/".
+int fileNameStart(const QString &path)
+{
+    return int(std::max(path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\')))) + 1;
+}
+
+} // namespace
 
 QString StripFamIDs(const QString &name)
 {
-    const int p = name.indexOf(QStringLiteral("(#"));
+    const int p = name.indexOf(QStringLiteral("(#"), fileNameStart(name));
     if (p < 0)
         return name;
     return name.left(p) + name.right(4);
@@ -47,7 +60,7 @@ QList<int> ParsedTag::familyIds() const
 ParsedTag ParseAllocationTag(const QString &name)
 {
     ParsedTag tag;
-    const int p = name.indexOf(QStringLiteral("(#"));
+    const int p = name.indexOf(QStringLiteral("(#"), fileNameStart(name));
     if (p < 0)
         return tag;
     const int q = name.indexOf(QStringLiteral("#)"), p + 2);

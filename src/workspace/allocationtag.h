@@ -8,6 +8,8 @@ namespace quillet {
 // The allocation tag carried in an allocated photo's file name, between its base name and its
 // extension: "(#12#7#P#)" for families 12 and 7 with the photo marked Keep Private.
 
+// Each routine takes a file name, or a path of which only the file name is read.
+
 // The name without its tag: the text before the first "(#" followed by the name's last four
 // characters (the accepted extensions are all four characters with their dot).
 QString StripFamIDs(const QString &name);

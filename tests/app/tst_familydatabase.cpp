@@ -2,11 +2,13 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/error.h"
+#include "lib/texthelpers.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
@@ -55,12 +57,28 @@ class TestFamilyDatabase : public QObject
 
     void addFamilies(FamilyDatabase &db)
     {
+        QVERIFY(db.connection().transaction());
         for (const Fam &f : kFamilies) {
             db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, Parent, [Current]) "
                                    "VALUES (?, ?, ?, ?, ?)"),
                     {f.id, QString::fromUtf8(f.first), f.last ? QVariant(QString::fromUtf8(f.last)) : QVariant(),
                      f.parent ? QVariant(QString::fromUtf8(f.parent)) : QVariant(), f.current});
         }
+        // Attendance for the both-days query: Monday and Tuesday for 2, 6, (Staff) and the
+        // non-current 5; Monday only for 1; 4 attends every session through the override alone.
+        db.exec(QStringLiteral("UPDATE tblFamilies SET FamDaysMam=True, FamDaysTam=True WHERE FamilyID IN (2, 3, 5)"));
+        db.exec(QStringLiteral("UPDATE tblFamilies SET FamDaysMpm=True, FamDaysTpm=True WHERE FamilyID=6"));
+        db.exec(QStringLiteral("UPDATE tblFamilies SET FamDaysMam=True WHERE FamilyID=1"));
+        db.exec(QStringLiteral("UPDATE tblFamilies SET FamDaysOverride=True WHERE FamilyID=4"));
+        QVERIFY(db.connection().commit());
+    }
+
+    static QString duplicateCheck(const QVariant &first, const QVariant &last, int exceptId)
+    {
+        QString where = lib_AddWhere(QStringLiteral("FirstName"), QStringLiteral("="), first, QString());
+        where = lib_AddWhere(QStringLiteral("LastName"), QStringLiteral("="), last, where);
+        where = lib_AddWhere(QStringLiteral("FamilyID"), QStringLiteral("<>"), exceptId, where);
+        return QStringLiteral("SELECT * FROM tblFamilies") + where;
     }
 
     static QList<int> ids(const QList<QSqlRecord> &rows)
@@ -93,6 +111,23 @@ private Q_SLOTS:
         QCOMPARE(db.select(QStringLiteral("SELECT * FROM _tblParams")).size(), 1);
         QVERIFY(db.select(QStringLiteral("SELECT * FROM tblFamilies")).isEmpty());
         QVERIFY(m_port->messages().isEmpty());
+        // Every field the program reads or writes by name.
+        const QStringList families{"FamilyID", "FirstName", "LastName", "Parent", "Current", "NoUploadToWeb",
+                                   "NoCopyToCd", "FamDaysMam", "FamDaysTam", "FamDaysWam", "FamDaysTHam",
+                                   "FamDaysFam", "FamDaysMpm", "FamDaysTpm", "FamDaysWpm", "FamDaysTHpm",
+                                   "FamDaysFpm", "FamDaysOverride", "StartDate", "EndDate"};
+        const QStringList params{"DBversion", "PrivacyText", "MorningSessEnd", "AfternoonSessEnd", "WebAllowPriv",
+                                 "WebCopyPriv", "CdAllowPriv", "CdCopyPriv", "LastDBUpdate", "LastExport",
+                                 "LastExportFromPC"};
+        const auto fields = [&db](const QString &table) {
+            const QSqlRecord r = db.connection().record(table);
+            QStringList names;
+            for (int i = 0; i < r.count(); ++i)
+                names << r.fieldName(i);
+            return names;
+        };
+        QCOMPARE(fields(QStringLiteral("tblFamilies")), families);
+        QCOMPARE(fields(QStringLiteral("_tblParams")), params);
     }
 
     void missingFileIsFatal()
@@ -212,10 +247,21 @@ private Q_SLOTS:
                "[FirstName]) & [LastName]"
             << QList<int>{4, 8, 2, 6, 1, 7, 3};
         QTest::newRow("lookup by id") << "SELECT * FROM tblFamilies WHERE FamilyID=6" << QList<int>{6};
-        QTest::newRow("by name for both days")
-            << "SELECT * FROM tblFamilies WHERE ([Current]=True And [FirstName] Not Like '(%') ORDER BY "
+        QTest::newRow("current children for both days")
+            << "SELECT * FROM tblFamilies WHERE ([Current]=True And [FirstName] Not Like '(%') And ("
+               "(FamDaysMam=True Or FamDaysMpm=True) And (FamDaysTam=True Or FamDaysTpm=True)) ORDER BY "
                "[FirstName],[LastName]"
-            << QList<int>{4, 8, 2, 6, 1};
+            << QList<int>{2, 6};
+        QTest::newRow("family editor, current only")
+            << "SELECT * FROM tblFamilies WHERE [Current]=True" << QList<int>{1, 2, 3, 4, 6, 7, 8};
+        // The family editor's duplicate-name check, as the query helpers write it.
+        QTest::newRow("same names, any letter case") << duplicateCheck("EVA", "brun", 2) << QList<int>{6};
+        QTest::newRow("same names, the family itself left out") << duplicateCheck("eva", "BRUN", 6) << QList<int>{};
+        QTest::newRow("same first name, Null last name") << duplicateCheck("ADAM", QVariant(), 0) << QList<int>{4};
+        QTest::newRow("wildcard condition") << duplicateCheck("é*", QVariant(), 0) << QList<int>{8};
+        QTest::newRow("concatenation compares without case")
+            << "SELECT * FROM tblFamilies WHERE [tblFamilies].[FirstName] & ' ' & [LastName]='ÉMILE brun'"
+            << QList<int>{2};
     }
     void familyOrders()
     {
@@ -255,6 +301,102 @@ private Q_SLOTS:
         QCOMPARE(lines[0], QByteArray("1,\"zoe\",\"Adams\",\"Mary Adams\",\"Current\"\r"));
         QCOMPARE(lines[2], QByteArray("3,\"(Staff)\",#NULL#,#NULL#,\"Current\"\r"));
         QCOMPARE(lines[4], QByteArray("5,\"Ben\",\"Clark\",#NULL#,\"Not Current\"\r"));
+    }
+
+    void datesCompareAsStored()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+        db.exec(QStringLiteral("UPDATE tblFamilies SET StartDate=?, EndDate=? WHERE FamilyID=5"),
+                {QDate(2016, 3, 15), QDateTime(QDate(2016, 7, 1), QTime(17, 30))});
+        const auto query = [&db](const QString &condition, const QVariant &date) {
+            return ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE ") + condition + QLatin1Char('#')
+                                 + lib_DateToSql(date) + QLatin1Char('#')));
+        };
+        // A date alone is midnight of that day, written and compared the same way.
+        QCOMPARE(query(QStringLiteral("[StartDate]="), QDate(2016, 3, 15)), QList<int>{5});
+        QCOMPARE(query(QStringLiteral("[StartDate]="), QDateTime(QDate(2016, 3, 15), QTime(0, 0))), QList<int>{5});
+        QCOMPARE(query(QStringLiteral("[EndDate]>"), QDate(2016, 7, 1)), QList<int>{5});
+        QCOMPARE(query(QStringLiteral("[EndDate]<"), QDateTime(QDate(2016, 7, 1), QTime(17, 30, 1))), QList<int>{5});
+        QCOMPARE(query(QStringLiteral("[EndDate]<"), QDate(2016, 7, 1)), QList<int>{});
+        QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [StartDate] Is Null"))).size(),
+                 int(std::size(kFamilies)) - 1);
+    }
+
+    void newFamilyGetsItsKey()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+        const qint64 id = db.insert(QStringLiteral("INSERT INTO tblFamilies (FirstName, [Current]) VALUES (?, ?)"),
+                                    {QStringLiteral("Tom"), true});
+        QCOMPARE(id, 9);
+        const QList<QSqlRecord> rows = db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE FamilyID=9"));
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows[0].value(QStringLiteral("Current")).toInt(), -1);
+        QVERIFY(rows[0].value(QStringLiteral("LastName")).isNull());
+        // A deleted family's key is not given to the next newcomer: tags still name it.
+        db.exec(QStringLiteral("DELETE FROM tblFamilies WHERE FamilyID=9"));
+        QCOMPARE(db.insert(QStringLiteral("INSERT INTO tblFamilies (FirstName) VALUES ('Ann')")), 10);
+    }
+
+    void unknownParameterIsAFault()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY_THROWS_EXCEPTION(Error, db.ReadParam(QStringLiteral("WebAllowPriv"))); // not open yet
+        QVERIFY(db.OpenDatabase());
+        QVERIFY_THROWS_EXCEPTION(Error, db.ReadParam(QStringLiteral("WebAlowPriv")));
+        QVERIFY_THROWS_EXCEPTION(Error, db.WriteParam(QStringLiteral("WebAlowPriv"), 1));
+        QVERIFY(db.ReadParam(QStringLiteral("LastDBUpdate")).isNull()); // nothing was stamped
+    }
+
+    void provisionNeverReplacesADatabase()
+    {
+        provision();
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            addFamilies(db);
+        }
+        QVERIFY(!FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        QCOMPARE(db.select(QStringLiteral("SELECT * FROM tblFamilies")).size(), int(std::size(kFamilies)));
+        QCOMPARE(QDir(m_env->dataDir()).entryList(QDir::Files), QStringList{QStringLiteral("quilletData.db")});
+    }
+
+    void csvOverReadOnlyFileFailsAndKeepsIt()
+    {
+        provision();
+        const QString old = m_env->writeFile(QStringLiteral("src/_FamilyIDs.csv"), "old\r\n");
+        QFile::setPermissions(old, QFileDevice::ReadOwner);
+        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+        try {
+            db.WriteFamilyIDsCsv();
+            QFAIL("a read-only list must not be replaced");
+        } catch (const Error &e) {
+            QVERIFY2(e.description().endsWith(QStringLiteral("File: ") + old), qPrintable(e.description()));
+        }
+        QFile::setPermissions(old, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        QFile csv(old);
+        QVERIFY(csv.open(QIODevice::ReadOnly));
+        QCOMPARE(csv.readAll(), QByteArray("old\r\n"));
+    }
+
+    void csvWithoutSourceDirFails()
+    {
+        provision();
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        QVERIFY_THROWS_EXCEPTION(Error, db.WriteFamilyIDsCsv());
+        QVERIFY(!QFileInfo::exists(QStringLiteral("_FamilyIDs.csv")));
     }
 
     void csvIntoMissingFolderFails()

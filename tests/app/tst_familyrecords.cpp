@@ -82,6 +82,21 @@ private Q_SLOTS:
         c.spare().FamilyID = 99;
         QCOMPARE(c.spare().FamilyID, 99);
     }
+
+    void keysIgnoreLetterCase()
+    {
+        colFamilies c;
+        c.Add(1, QStringLiteral("K1"));
+        QCOMPARE(c.item(QStringLiteral("k1")).FamilyID, 1);
+        QVERIFY_THROWS_EXCEPTION(Error, c.Add(2, QStringLiteral("k1")));
+        QCOMPARE(c.Count(), 1);
+        c.Add(3);
+        c.Add(4, QStringLiteral("K4"));
+        c.Remove(QStringLiteral("k4"));
+        QCOMPARE(c.Count(), 2);
+        QCOMPARE(c.item(2).FamilyID, 3);
+        QVERIFY_THROWS_EXCEPTION(Error, c.Remove(QStringLiteral("K4")));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestFamilyRecords)

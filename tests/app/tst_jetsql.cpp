@@ -16,33 +16,61 @@ private Q_SLOTS:
         QTest::newRow("plain select") << "SELECT * FROM tblFamilies" << "SELECT * FROM tblFamilies";
         QTest::newRow("booleans") << "SELECT * FROM tblFamilies WHERE [Current]=True And [NoCopyToCd]=false"
                                   << "SELECT * FROM tblFamilies WHERE [Current]=-1 And [NoCopyToCd]=0";
-        QTest::newRow("concatenation treats Null as empty")
+        QTest::newRow("concatenation chain treats Null as empty")
             << "SELECT [FirstName] & ' ' & [LastName] FROM t"
-            << "SELECT (IFNULL((IFNULL([FirstName],'') || IFNULL(' ','')),'') || IFNULL([LastName],'')) FROM t";
-        QTest::newRow("family order, sorted without regard to case")
+            << "SELECT ((IFNULL(((IFNULL([FirstName],'') || IFNULL(' ','')) COLLATE QNOCASE),'') || "
+               "IFNULL([LastName],'')) COLLATE QNOCASE) FROM t";
+        // The concatenation already sorts without case, so the term gets no second COLLATE.
+        QTest::newRow("family order")
             << "SELECT * FROM tblFamilies ORDER BY IIf([FirstName] LIKE '(%','zzz'&[FirstName],[FirstName]) & [LastName]"
-            << "SELECT * FROM tblFamilies ORDER BY (IFNULL(IIf([FirstName] LIKE '(%',(IFNULL('zzz','') || "
-               "IFNULL([FirstName],'')),[FirstName]),'') || IFNULL([LastName],'')) COLLATE QNOCASE";
+            << "SELECT * FROM tblFamilies ORDER BY ((IFNULL(IIf([FirstName] LIKE '(%',((IFNULL('zzz','') || "
+               "IFNULL([FirstName],'')) COLLATE QNOCASE),[FirstName]),'') || IFNULL([LastName],'')) COLLATE QNOCASE)";
         QTest::newRow("two order terms") << "SELECT * FROM t ORDER BY [FirstName],[LastName]"
                                          << "SELECT * FROM t ORDER BY [FirstName] COLLATE QNOCASE,[LastName] COLLATE QNOCASE";
-        QTest::newRow("descending") << "SELECT * FROM t ORDER BY [FirstName] DESC"
-                                    << "SELECT * FROM t ORDER BY [FirstName] COLLATE QNOCASE DESC";
-        QTest::newRow("date literal") << "SELECT * FROM t WHERE [StartDate]>=#03/05/2024 09:41:00#"
-                                      << "SELECT * FROM t WHERE [StartDate]>='2024-03-05 09:41:00'";
-        QTest::newRow("date only literal") << "WHERE [EndDate]<#12/31/2099#" << "WHERE [EndDate]<'2099-12-31 00:00:00'";
-        QTest::newRow("star wildcard in LIKE") << "WHERE [FirstName] LIKE 'An*' AND [x]='a*b'"
-                                               << "WHERE [FirstName] LIKE 'An%' AND [x]='a*b'";
-        QTest::newRow("ampersand and True inside text stay") << "WHERE [FirstName]='Tom & True'"
-                                                             << "WHERE [FirstName]='Tom & True'";
+        QTest::newRow("descending, then another term")
+            << "SELECT * FROM t ORDER BY [FirstName] DESC, [LastName]"
+            << "SELECT * FROM t ORDER BY [FirstName] COLLATE QNOCASE DESC, [LastName] COLLATE QNOCASE";
+        QTest::newRow("qualified names are one operand")
+            << "WHERE [tblFamilies].[FirstName] & t.LastName='x'"
+            << "WHERE ((IFNULL([tblFamilies].[FirstName],'') || IFNULL(t.LastName,'')) COLLATE QNOCASE)='x'";
+        QTest::newRow("date and time literal") << "SELECT * FROM t WHERE [StartDate]>=#03/05/2024 09:41:00#"
+                                               << "SELECT * FROM t WHERE [StartDate]>='2024-03-05 09:41:00'";
+        QTest::newRow("date literal is midnight") << "WHERE [EndDate]<#12/31/2099#"
+                                                  << "WHERE [EndDate]<'2099-12-31 00:00:00'";
+        QTest::newRow("time literal") << "WHERE [MorningSessEnd]=#12:30:00#" << "WHERE [MorningSessEnd]='12:30:00'";
+        QTest::newRow("wildcards in LIKE only") << "WHERE [FirstName] LIKE 'An*' AND [x]='a*b' AND [y] NOT LIKE '?b'"
+                                                << "WHERE [FirstName] LIKE 'An%' AND [x]='a*b' AND [y] NOT LIKE '_b'";
+        QTest::newRow("ampersand, True and # inside text stay")
+            << "WHERE [FirstName]='Tom & True #1#'" << "WHERE [FirstName]='Tom & True #1#'";
+        QTest::newRow("double-quoted text") << "WHERE [FirstName]=\"Jack & Jill\" And [LastName]=\"O'Brien \"\"B\"\"\""
+                                            << "WHERE [FirstName]='Jack & Jill' And [LastName]='O''Brien \"B\"'";
         QTest::newRow("quoted apostrophe") << "WHERE [LastName]='O''Brien' & 'x'"
-                                           << "WHERE [LastName]=(IFNULL('O''Brien','') || IFNULL('x',''))";
-        QTest::newRow("is null") << "WHERE [Parent] Is Null" << "WHERE [Parent] Is Null";
+                                           << "WHERE [LastName]=((IFNULL('O''Brien','') || IFNULL('x','')) COLLATE QNOCASE)";
+        QTest::newRow("is null") << "WHERE [Parent] Is Null Or [Parent] Is Not Null"
+                                 << "WHERE [Parent] Is Null Or [Parent] Is Not Null";
     }
     void translate()
     {
         QFETCH(QString, jet);
         QFETCH(QString, sqlite);
         QCOMPARE(translateJetSql(jet), sqlite);
+    }
+
+    void storedDates_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("date is midnight") << QVariant(QDate(2016, 3, 15)) << "2016-03-15 00:00:00";
+        QTest::newRow("date and time") << QVariant(QDateTime(QDate(2016, 3, 15), QTime(9, 5, 7)))
+                                       << "2016-03-15 09:05:07";
+        QTest::newRow("time of day") << QVariant(QTime(12, 15)) << "12:15:00";
+        QTest::newRow("no date is Null") << QVariant(QDate()) << QString();
+    }
+    void storedDates()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(QString, stored);
+        QCOMPARE(storedDateText(value), stored);
     }
 };
 

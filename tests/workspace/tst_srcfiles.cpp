@@ -19,6 +19,8 @@ private Q_SLOTS:
         QTest::newRow("one family") << "IMG_0042(#12#).jpg" << "IMG_0042.jpg";
         QTest::newRow("user's own (#") << "Party (#1).jpg" << "Party .jpg";
         QTest::newRow("movie with privacy") << "clip(#5#P#).mp4" << "clip.mp4";
+        QTest::newRow("folder with (# in a path") << "/pics/Party (#1)/IMG_7(#3#).jpg" << "/pics/Party (#1)/IMG_7.jpg";
+        QTest::newRow("untagged file in such a folder") << "/pics/Party (#1)/IMG_7.jpg" << "/pics/Party (#1)/IMG_7.jpg";
     }
     void strip()
     {
@@ -38,6 +40,9 @@ private Q_SLOTS:
         QTest::newRow("lower-case p") << "clip(#5#p#).mp4" << true << QStringList{"5", "p"} << true;
         QTest::newRow("no tag") << "IMG_1.jpg" << false << QStringList{} << false;
         QTest::newRow("unclosed") << "Party (#1).jpg" << false << QStringList{} << false;
+        QTest::newRow("tag under a folder with (#") << "/pics/Day (#2#)/IMG_7(#3#P#).jpg" << true
+                                                     << QStringList{"3", "P"} << true;
+        QTest::newRow("journal path, folder only") << "Day (#2#)\\IMG_7.jpg" << false << QStringList{} << false;
     }
     void parse()
     {
@@ -80,6 +85,27 @@ private Q_SLOTS:
         QCOMPARE(t.Count(), 1);
         QCOMPARE(t.row(1).PathFile, QStringLiteral("/s/IMG_5(#3#).jpg"));
         QVERIFY_THROWS_EXCEPTION(Error, t.row(2));
+    }
+
+    void reloadingGivesTheSameRows()
+    {
+        SrcFiles t;
+        t.AddUndoRow(QStringLiteral("IMG_5.jpg"), QStringLiteral("/s/IMG_5(#3#).jpg"));
+        const QStringList files{QStringLiteral("/s/b.jpg"), QStringLiteral("/s/IMG_5(#3#).jpg"),
+                                QStringLiteral("/s/a(#1#).jpg")};
+        const auto load = [&t, &files] {
+            t.ResetScanZone();
+            QStringList rows;
+            for (const QString &f : files)
+                rows << QString::number(t.AddScannedFile(f));
+            for (int i = 1; i <= t.Count(); ++i)
+                rows << t.row(i).FileNoFamIDs + QLatin1Char('|') + t.row(i).PathFile + QLatin1Char('|') + t.row(i).Allocated;
+            return rows;
+        };
+        const QStringList first = load();
+        QCOMPARE(first.mid(0, 3), (QStringList{"2", "1", "3"}));
+        QCOMPARE(load(), first);
+        QCOMPARE(t.UndoCount(), 1);
     }
 
     void sortingKeepsTheUndoZone()
