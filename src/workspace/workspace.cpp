@@ -5,6 +5,7 @@
 
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
+#include "lib/error.h"
 #include "lib/fileutils.h"
 
 #include <QFileInfo>
@@ -19,6 +20,32 @@ Workspace::Workspace(FamilyDatabase &db, PhotoServices services, QObject *parent
 }
 
 Workspace::~Workspace() = default;
+
+void Workspace::CreateUndos()
+{
+    m_undos = std::make_unique<clsUndos>(*this);
+    Q_EMIT undosReplaced();
+}
+
+void Workspace::ClearUndos()
+{
+    if (m_undos)
+        m_undos->Clear();
+    CreateUndos();
+    m_undos->SetUndoLevelsCntLbl();
+}
+
+clsUndos &Workspace::undos()
+{
+    if (!m_undos)
+        throw Error(1000, QStringLiteral("Workspace"), QStringLiteral("Internal err - no undo store"));
+    return *m_undos;
+}
+
+QImage Workspace::makeThumbnail(const QString &path) const
+{
+    return m_services.thumbnail ? m_services.thumbnail(path) : QImage();
+}
 
 void Workspace::ReadSessionSettings()
 {
