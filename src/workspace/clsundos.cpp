@@ -159,6 +159,8 @@ void clsUndos::Clear()
 
 void clsUndos::SaveToFile() const
 {
+    if (!m_fileRead)
+        return;
     QString text = kVersion + QStringLiteral("\r\n") + QString::number(m_levelMax) + QStringLiteral("\r\n")
         + QString::number(m_top) + QStringLiteral("\r\n");
     for (int i = 1; i <= m_top; ++i) {
@@ -182,6 +184,7 @@ void clsUndos::LoadFromFile()
     m_ws.srcFiles().ResetUndoZone();
     std::fill(m_items.begin(), m_items.end(), Item());
     m_top = m_levelMax = m_levelCurr = m_levelPrevReview = 0;
+    m_fileRead = true;
     const QString path = FilePath();
     if (!QFile::exists(path))
         return;

@@ -73,7 +73,8 @@ public:
     static QString FilePath();
     // Deletes the undo file; the owner then replaces this store by a new one.
     void Clear();
-    // Rewrites the whole file atomically.
+    // Rewrites the whole file atomically. Does nothing before the file has been read once: an
+    // empty table that never saw the file must not replace it.
     void SaveToFile() const;
     // Reads the file: refills the undo zone of the source file table (one row per photo) and,
     // when thumbnails and ReloadUndoThumbs are on, reloads the thumbnails of the newest photos.
@@ -128,6 +129,7 @@ private:
     int m_levelMax = 0;
     int m_levelCurr = 0;
     int m_levelPrevReview = 0;
+    bool m_fileRead = false;
 };
 
 } // namespace quillet

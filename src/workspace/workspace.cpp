@@ -6,6 +6,7 @@
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/error.h"
+#include "lib/errorhandler.h"
 #include "lib/fileutils.h"
 
 #include <QFileInfo>
@@ -110,6 +111,20 @@ Workspace::PhotoView Workspace::ViewSelectedPhoto()
     const bool movie = ext == QLatin1String(".mov") || ext == QLatin1String(".mp4") || ext == QLatin1String(".avi");
     view.kind = movie ? PhotoView::Movie : PhotoView::Picture;
     return view;
+}
+
+bool Workspace::ReviewAllowsView(bool ignoreReviewingUndo)
+{
+    if (ignoreReviewingUndo || !reviewing())
+        return true;
+    for (int p : m_sourceList.selectedPositions()) {
+        if (m_sourceList.at(p).tag != QLatin1String("RED")) {
+            lib_MsgInfo(QStringLiteral("You cannot view new photos when in Review mode. Click the * button to leave "
+                                       "Review mode."));
+            return false;
+        }
+    }
+    return true;
 }
 
 bool Workspace::SaveAllowed() const

@@ -95,6 +95,10 @@ public:
     bool SrcItemClicked(int position);
     // The photo to show, and the beep rule; updates the day and session remembered.
     PhotoView ViewSelectedPhoto();
+    // While a level is reviewed only its ("RED") photos can be shown: false after telling the user
+    // so when a selected photo is another one.
+    bool ReviewAllowsView(bool ignoreReviewingUndo);
+    bool reviewing() const { return m_undos && m_undos->ReviewingUndo(); }
     // The date of the first selected photo, invalid when none is selected.
     QDateTime SelectedPhotoDate() const;
 
