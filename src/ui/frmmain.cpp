@@ -272,12 +272,12 @@ void frmMain::ShutDown()
     } catch (const Error &e) {
         lib_ErrorHandler(QStringLiteral("ShutDown()"), e);
     }
-    // Every other window of the application goes with the main one.
+    // The large picture window remembers that it was open; every other window just closes.
+    m_controller->closeLargePicture(true);
     for (QWidget *w : QApplication::topLevelWidgets()) {
         if (w != this && w->isVisible())
             w->close();
     }
-    m_controller->closeLargePicture(true);
     m_db.CloseDatabase();
 }
 

@@ -39,7 +39,7 @@ bool PictureBox::showFile(const QString &path)
 {
     QImageReader probe(path);
     m_originalSize = probe.size();
-    const QImage image = loadScaled(path, size());
+    const QImage image = loadScaled(path, contentsRect().size());
     if (image.isNull()) {
         clearPicture();
         return false;
@@ -70,13 +70,14 @@ void PictureBox::refit()
         return;
     // A box that grew past the decoded size gets the file decoded again at the new size.
     if (!m_path.isEmpty() && m_originalSize.isValid()
-        && fittedSize(m_source.size(), size()).width() > m_source.width()
+        && fittedSize(m_source.size(), contentsRect().size()).width() > m_source.width()
         && m_source.width() < m_originalSize.width())
-        m_source = loadScaled(m_path, size());
-    const QSize target = fittedSize(m_source.size(), size());
+        m_source = loadScaled(m_path, contentsRect().size());
+    // The frame takes its share of the box: fit inside what is left.
+    const QSize target = fittedSize(m_source.size(), contentsRect().size());
     if (target.isEmpty())
         return;
-    setPixmap(QPixmap::fromImage(m_source.scaled(target, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    setPixmap(QPixmap::fromImage(m_source.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)));
 }
 
 void PictureBox::resizeEvent(QResizeEvent *event)

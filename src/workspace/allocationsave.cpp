@@ -4,6 +4,7 @@
 #include "workspace.h"
 
 #include "app/settingsstore.h"
+#include "imaging/copyresizedimage.h"
 #include "lib/appstate.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
@@ -15,8 +16,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageReader>
-#include <QImageWriter>
 #include <optional>
 
 namespace quillet {
@@ -37,32 +36,6 @@ QString duration(double seconds)
         text += QString::number(m) + QStringLiteral("m ");
     return text + QString::number(s) + QLatin1Char('s');
 }
-
-// The maximum dimension of a size code and the encoder quality of a quality code (-1: default).
-int maxDimension(int sizeCode)
-{
-    static const int table[] = {0, 320, 640, 1024, 1536, 2048};
-    return table[std::clamp(sizeCode, 0, 5)];
-}
-
-int encoderQuality(int qualityCode)
-{
-    static const int table[] = {-1, 10, 25, 50, 75, 100};
-    return table[std::clamp(qualityCode, 0, 5)];
-}
-
-// The failure question of a resized copy; Yes (or the countdown) cancels the run.
-bool goOnAfterFailure(const QString &source, const QString &error, bool loading)
-{
-    const QString text = (loading ? QStringLiteral("Failed to load/copy ") : QStringLiteral("Failed to copy ")) + source
-        + QStringLiteral(".\r\nErr: ") + error + QStringLiteral("\r\nDo you wish to cancel?");
-    if (lib_MsgYesNo(text, 5, true)) {
-        appState().cancel = true;
-        return false;
-    }
-    return true;
-}
-
 
 } // namespace
 
@@ -89,7 +62,9 @@ struct AllocationSave::Run
 AllocationSave::AllocationSave(Workspace &workspace, QObject *parent)
     : QObject(parent)
     , m_ws(workspace)
-    , m_resizedCopy(&AllocationSave::DefaultResizedCopy)
+    , m_resizedCopy([](const QString &source, const QString &target, int sizeCode, int qualityCode) {
+        return CopyResizedImage(source, target, qint16(sizeCode), qint16(qualityCode));
+    })
     , m_clock([] { return QDateTime::currentMSecsSinceEpoch(); })
 {
     m_activity.setInterval(10000);
@@ -363,51 +338,6 @@ void AllocationSave::RepeatAndSave()
         return;
     }
     Save();
-}
-
-bool AllocationSave::DefaultResizedCopy(const QString &source, const QString &target, int sizeCode, int qualityCode)
-{
-    if (sizeCode == 0 && qualityCode == 0) {
-        try {
-            lib_CopyFile(source, target, true);
-            return true;
-        } catch (const Error &e) {
-            return goOnAfterFailure(source, e.description(), false);
-        }
-    }
-    const QDateTime modified = lib_FileDate(source);
-    QImageReader reader(source);
-    reader.setAutoTransform(false);
-    const int max = maxDimension(sizeCode);
-    const QSize size = reader.size();
-    if (max > 0 && size.isValid()) {
-        // The longer side becomes the maximum; smaller pictures are enlarged too.
-        reader.setScaledSize(size.height() <= size.width()
-                                 ? QSize(max, qMax(1, qRound(double(size.height()) * max / size.width())))
-                                 : QSize(qMax(1, qRound(double(size.width()) * max / size.height())), max));
-    }
-    const QImage image = reader.read();
-    if (image.isNull())
-        return goOnAfterFailure(source, reader.errorString(), true);
-    // Written under the copy's temporary name and renamed: the target is never half written.
-    const QString temp = lib_TempCopyName(target, source);
-    QImageWriter writer(temp, QFileInfo(source).suffix().toLower().toLatin1());
-    writer.setQuality(encoderQuality(qualityCode));
-    if (!writer.write(image)) {
-        QFile::remove(temp);
-        return goOnAfterFailure(source, writer.errorString(), true);
-    }
-    try {
-        if (QFile::exists(target))
-            lib_KillFile(target, true);
-        if (!QFile::rename(temp, target))
-            throw Error(kLibErrorNumber, QStringLiteral("Lib09.lib_CopyFile"), QStringLiteral("Failed to copy file ") + target);
-        lib_SetFileDate(target, QLatin1Char('M'), modified);
-    } catch (const Error &e) {
-        QFile::remove(temp);
-        return goOnAfterFailure(source, e.description(), true);
-    }
-    return true;
 }
 
 QString AllocationSave::AllocationStatistics(int mode) const

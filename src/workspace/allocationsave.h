@@ -28,10 +28,8 @@ public:
     explicit AllocationSave(Workspace &workspace, QObject *parent = nullptr);
     ~AllocationSave() override;
 
-    // The image service's resized copy is plugged in here; the default decodes with QImageReader
-    // and encodes with QImageWriter.
+    // The image service's CopyResizedImage by default; tests may plug in their own.
     void setResizedCopy(ResizedCopy copy) { m_resizedCopy = std::move(copy); }
-    static bool DefaultResizedCopy(const QString &source, const QString &target, int sizeCode, int qualityCode);
 
     void Save();
     // Selects the families of the current undo level (reviewed, last reviewed, else newest).

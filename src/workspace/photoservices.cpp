@@ -1,32 +1,17 @@
 #include "photoservices.h"
 
+#include "imaging/clsexifreader.h"
+#include "imaging/cthumbnailgenerator.h"
+
 #include <QFileInfo>
-#include <QImageReader>
 
 namespace quillet {
-
-namespace {
-
-QImage decodeThumbnail(const QString &path)
-{
-    QImageReader reader(path);
-    reader.setAutoTransform(false);
-    const QSize full = reader.size();
-    if (full.isValid())
-        reader.setScaledSize(full.scaled(QSize(96, 96), Qt::KeepAspectRatio));
-    QImage image = reader.read();
-    if (!image.isNull() && (image.width() > 96 || image.height() > 96))
-        image = image.scaled(QSize(96, 96), Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    return image;
-}
-
-} // namespace
 
 PhotoServices PhotoServices::Default()
 {
     PhotoServices s;
-    s.thumbnail = decodeThumbnail;
-    s.exifDate = [](const QString &) { return QDateTime(); };
+    s.thumbnail = [](const QString &path) { return cThumbnailGenerator::thumbnailOrNull(path); };
+    s.exifDate = [](const QString &path) { return clsEXIFreader::DateTaken(path); };
     return s;
 }
 

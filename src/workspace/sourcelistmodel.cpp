@@ -66,7 +66,8 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
     case Qt::DecorationRole:
         return m_thumbnails ? QVariant(e.thumbnail) : QVariant(swatch(e.colour));
     case Qt::ForegroundRole:
-        return e.ghosted ? QVariant(QColor(Qt::gray)) : QVariant(colourOf(e.tag == QLatin1String("BLACK") ? e.colour : e.tag));
+        // The group shows in the small icon; the text keeps one colour per state.
+        return e.ghosted ? QVariant(QColor(Qt::gray)) : QVariant(colourOf(e.tag));
     case KeyRole:
         return KeyOf(e.row);
     case RowRole:

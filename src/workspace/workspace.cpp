@@ -129,7 +129,10 @@ bool Workspace::ReviewAllowsView(bool ignoreReviewingUndo)
 
 bool Workspace::SaveAllowed() const
 {
-    for (int p : m_sourceList.selectedPositions()) {
+    const QList<int> photos = m_sourceList.selectedPositions();
+    if (photos.isEmpty())
+        return false;
+    for (int p : photos) {
         if (m_sourceList.at(p).tag == QLatin1String("BLUE"))
             return false;
     }

@@ -1,0 +1,290 @@
+#include "imaging/clsexifreader.h"
+#include "imaging/copyresizedimage.h"
+#include "imaging/cthumbnailgenerator.h"
+#include "imaging/rotatejpeg.h"
+#include "imaging/thumbnailcache.h"
+#include "lib/appstate.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
+#include "support/testjpeg.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+#include <FreeImage.h>
+
+#include <memory>
+
+using namespace quillet;
+using namespace quillet::test;
+
+namespace {
+
+QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// The first value of the first quantisation table: what the encoder's quality setting made.
+int firstQuantValue(const QByteArray &jpeg)
+{
+    const qsizetype dqt = jpeg.indexOf("\xFF\xDB");
+    return dqt < 0 ? -1 : quint8(jpeg[dqt + 5]);
+}
+
+QDateTime mtime(const QString &path)
+{
+    return QFileInfo(path).lastModified();
+}
+
+void setMtime(const QString &path, const QDateTime &when)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::ReadWrite));
+    QVERIFY(f.setFileTime(when, QFileDevice::FileModificationTime));
+}
+
+const QDateTime kTaken(QDate(2021, 6, 7), QTime(9, 30, 0));
+
+} // namespace
+
+class TestImageTransforms : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<TestEnv> m_env;
+    std::unique_ptr<ScriptedPrompt> m_prompt;
+
+    QString photo(const QString &name, QSize size, const QString &date = QStringLiteral("2021:06:07 09:30:00"))
+    {
+        TestJpeg want;
+        want.size = size;
+        want.dateTaken = date;
+        want.thumbnailSize = QSize(160, 120);
+        const QString path = m_env->path(QStringLiteral("src/") + name);
+        if (!writeTestJpeg(path, want))
+            qFatal("cannot write %s", qPrintable(path));
+        setMtime(path, kTaken);
+        return path;
+    }
+
+    QString target(const QString &name) { return m_env->path(QStringLiteral("tgt/") + name); }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_env = std::make_unique<TestEnv>();
+        m_prompt = std::make_unique<ScriptedPrompt>();
+        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
+        appState().cancel = false;
+        appState().isPortableCopy = false;
+    }
+
+    void cleanup()
+    {
+        m_prompt.reset();
+        m_env.reset();
+        appState().isPortableCopy = false;
+    }
+
+    void sizeCodes_data()
+    {
+        QTest::addColumn<QSize>("source");
+        QTest::addColumn<int>("sizeCode");
+        QTest::addColumn<QSize>("expected");
+        QTest::newRow("landscape 640") << QSize(4000, 3000) << 2 << QSize(640, 480);
+        QTest::newRow("portrait 640") << QSize(3000, 4000) << 2 << QSize(480, 640);
+        QTest::newRow("square enlarged to 2048") << QSize(1000, 1000) << 5 << QSize(2048, 2048);
+        QTest::newRow("code above 5 is 2048") << QSize(1000, 1000) << 9 << QSize(2048, 2048);
+        QTest::newRow("small enlarged to 320") << QSize(200, 100) << 1 << QSize(320, 160);
+        QTest::newRow("1024, rounded") << QSize(1001, 667) << 3 << QSize(1024, 682);
+    }
+
+    void sizeCodes()
+    {
+        QFETCH(QSize, source);
+        QFETCH(int, sizeCode);
+        QFETCH(QSize, expected);
+        const QString src = photo(QStringLiteral("p.jpg"), source);
+        const QString tgt = target(QStringLiteral("p.jpg"));
+        QVERIFY(CopyResizedImage(src, tgt, qint16(sizeCode), 3));
+        const QByteArray out = readAll(tgt);
+        QCOMPARE(jpegSize(out), expected);
+        QCOMPARE(mtime(tgt), kTaken);
+        // No EXIF block is carried over, nor any other marker from the source.
+        QVERIFY(!out.contains("Exif"));
+        QVERIFY(!out.contains("\xFF\xFE"));
+        QVERIFY(!clsEXIFreader::DateTaken(tgt).isValid());
+        // Still the same picture: the red gradient runs left to right.
+        const QImage img = decodeJpeg(out);
+        QVERIFY(qRed(img.pixel(img.width() - 2, img.height() / 2)) > qRed(img.pixel(1, img.height() / 2)) + 100);
+        QVERIFY(m_prompt->messages().isEmpty());
+        QVERIFY(!QDir(m_env->path(QStringLiteral("tgt"))).entryList({QStringLiteral("*.~*")}).size());
+    }
+
+    void qualityCodes_data()
+    {
+        QTest::addColumn<int>("qualityCode");
+        QTest::addColumn<int>("quant");
+        // libjpeg's first luminance value at quality 75 (default), 10, 25, 50, 75 and 100.
+        QTest::newRow("default") << 0 << 8;
+        QTest::newRow("1 lowest") << 1 << 80;
+        QTest::newRow("2") << 2 << 32;
+        QTest::newRow("3") << 3 << 16;
+        QTest::newRow("4") << 4 << 8;
+        QTest::newRow("5 highest") << 5 << 1;
+        QTest::newRow("7 as 5") << 7 << 1;
+    }
+
+    // A quality code with size code 0 re-encodes at full size.
+    void qualityCodes()
+    {
+        QFETCH(int, qualityCode);
+        QFETCH(int, quant);
+        const QString src = photo(QStringLiteral("q.jpg"), QSize(800, 600));
+        const QString tgt = target(QStringLiteral("q.jpg"));
+        QVERIFY(CopyResizedImage(src, tgt, qualityCode ? 0 : 1, qint16(qualityCode)));
+        const QByteArray out = readAll(tgt);
+        QCOMPARE(firstQuantValue(out), quant);
+        QCOMPARE(jpegSize(out), qualityCode ? QSize(800, 600) : QSize(320, 240));
+        QVERIFY(!out.contains("Exif"));
+    }
+
+    void plainCopyKeepsEverything()
+    {
+        const QString src = photo(QStringLiteral("c.jpg"), QSize(320, 240));
+        const QString tgt = target(QStringLiteral("c.jpg"));
+        m_env->writeFile(QStringLiteral("tgt/c.jpg"), "old");
+        QVERIFY(CopyResizedImage(src, tgt, 0, 0));
+        QCOMPARE(readAll(tgt), readAll(src));
+        QCOMPARE(mtime(tgt), kTaken);
+    }
+
+    // A GIF holds 8 bits at most: the rescaled colour picture is brought back to a palette.
+    void gifStaysGif()
+    {
+        FIBITMAP *rgb = FreeImage_Allocate(300, 200, 24);
+        RGBQUAD blue{255, 0, 0, 0};
+        FreeImage_FillBackground(rgb, &blue);
+        FIBITMAP *palette = FreeImage_ColorQuantize(rgb, FIQ_WUQUANT);
+        const QString src = m_env->path(QStringLiteral("src/g.gif"));
+        QDir().mkpath(QFileInfo(src).absolutePath());
+        QVERIFY(FreeImage_Save(FIF_GIF, palette, QFile::encodeName(src).constData(), 0));
+        FreeImage_Unload(palette);
+        FreeImage_Unload(rgb);
+        const QString tgt = target(QStringLiteral("g.gif"));
+        QVERIFY(CopyResizedImage(src, tgt, 1, 0));
+        QVERIFY(readAll(tgt).startsWith("GIF8"));
+        const QImage out(tgt);
+        QCOMPARE(out.size(), QSize(320, 213));
+        QCOMPARE(QColor(out.pixel(160, 100)), QColor(Qt::blue));
+    }
+
+    void failureAsksToCancel_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("yes cancels") << true;
+        QTest::newRow("no goes on") << false;
+    }
+
+    void failureAsksToCancel()
+    {
+        QFETCH(bool, yes);
+        const QString src = m_env->writeFile(QStringLiteral("src/clip.mov"), QByteArray("\0\0\0\x18" "ftypqt  ", 12));
+        const QString tgt = target(QStringLiteral("clip.mov"));
+        m_env->writeFile(QStringLiteral("tgt/clip.mov"), "previous");
+        m_prompt->answer(yes);
+        QCOMPARE(CopyResizedImage(src, tgt, 2, 0), !yes);
+        QCOMPARE(appState().cancel.load(), yes);
+        QCOMPARE(m_prompt->messages().size(), 1);
+        const auto &m = m_prompt->messages().first();
+        QCOMPARE(m.style, 4);   // question, default Yes
+        QCOMPARE(m.timeout, 5);
+        QVERIFY(m.text.startsWith(QStringLiteral("Failed to load/copy ") + src + QStringLiteral(".\r\nErr: ")));
+        QVERIFY(m.text.endsWith(QStringLiteral("\r\nDo you wish to cancel?")));
+        QCOMPARE(readAll(tgt), QByteArray("previous"));
+    }
+
+    void damagedJpegLeavesTheTarget()
+    {
+        const QString src = m_env->writeFile(QStringLiteral("src/bad.jpg"), "\xFF\xD8 not really a picture");
+        const QString tgt = target(QStringLiteral("bad.jpg"));
+        m_env->writeFile(QStringLiteral("tgt/bad.jpg"), "previous");
+        m_prompt->answer(false);
+        QVERIFY(CopyResizedImage(src, tgt, 3, 3));
+        QCOMPARE(readAll(tgt), QByteArray("previous"));
+        QVERIFY(!appState().cancel);
+    }
+
+    void plainCopyFailureAsks()
+    {
+        const QString src = m_env->path(QStringLiteral("src/missing.jpg"));
+        m_prompt->answer(true);
+        QVERIFY(!CopyResizedImage(src, target(QStringLiteral("missing.jpg")), 0, 0));
+        QVERIFY(m_prompt->lastText().startsWith(QStringLiteral("Failed to copy ") + src + QStringLiteral(".\r\nErr: ")));
+        QVERIFY(appState().cancel);
+    }
+
+    void fourQuarterTurnsGiveThePhotoBack_data()
+    {
+        QTest::addColumn<bool>("clockwise");
+        QTest::addColumn<bool>("portable");
+        QTest::newRow("clockwise") << true << false;
+        QTest::newRow("anticlockwise") << false << false;
+        QTest::newRow("clockwise, portable copy") << true << true;
+    }
+
+    void fourQuarterTurnsGiveThePhotoBack()
+    {
+        QFETCH(bool, clockwise);
+        QFETCH(bool, portable);
+        appState().isPortableCopy = portable;
+        const QString path = photo(QStringLiteral("r.jpg"), QSize(640, 480));
+        const QImage before = decodeJpeg(readAll(path));
+        QVERIFY(RotateJpeg(path, clockwise));
+        QCOMPARE(jpegSize(readAll(path)), QSize(480, 640));
+        QCOMPARE(mtime(path), kTaken);
+        QCOMPARE(clsEXIFreader::DateTaken(path), kTaken); // the EXIF block stays
+        const QImage turned = decodeJpeg(readAll(path));
+        QCOMPARE(turned.pixel(0, 0), before.pixel(clockwise ? 0 : 639, clockwise ? 479 : 0));
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(RotateJpeg(path, clockwise));
+        QCOMPARE(decodeJpeg(readAll(path)), before);
+        QCOMPARE(mtime(path), kTaken);
+    }
+
+    void oddEdgesAreTrimmed()
+    {
+        const QString path = photo(QStringLiteral("odd.jpg"), QSize(650, 487));
+        QVERIFY(RotateJpeg(path, true));
+        const QSize turned = jpegSize(readAll(path));
+        QVERIFY2(turned.width() <= 487 && turned.width() > 487 - 16, qPrintable(QString::number(turned.width())));
+        QVERIFY2(turned.height() <= 650 && turned.height() > 650 - 16, qPrintable(QString::number(turned.height())));
+        QVERIFY(RotateJpeg(path, false));
+    }
+
+    void notAJpegStaysAsItWas()
+    {
+        const QString path = m_env->writeFile(QStringLiteral("src/clip.mov"), "movie bytes");
+        QVERIFY(!RotateJpeg(path, true));
+        QCOMPARE(readAll(path), QByteArray("movie bytes"));
+        QVERIFY(!RotateJpeg(m_env->path(QStringLiteral("src/none.jpg")), true));
+    }
+
+    // The rotation keeps the modified time, so the cached thumbnail must go with it.
+    void rotationRenewsTheThumbnail()
+    {
+        const QString path = photo(QStringLiteral("t.jpg"), QSize(480, 320), QString());
+        QCOMPARE(cThumbnailGenerator::thumbnail(path).size(), QSize(96, 64));
+        QVERIFY(QFileInfo::exists(ThumbnailCache::entryPath(path)));
+        QVERIFY(RotateJpeg(path, false));
+        QVERIFY(!QFileInfo::exists(ThumbnailCache::entryPath(path)));
+        QCOMPARE(cThumbnailGenerator::thumbnail(path).size(), QSize(64, 96));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestImageTransforms)
+#include "tst_imagetransforms.moc"
