@@ -1,6 +1,7 @@
 #include "frmmain.h"
 
 #include "app/settingsstore.h"
+#include "allocationcommands.h"
 #include "frmsettings.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
@@ -37,6 +38,7 @@ frmMain::frmMain(QWidget *parent)
     m_menus.build(this);
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
+    m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
     connect(m_controller, &WorkspaceController::fatal, this, [] { QCoreApplication::exit(1); });
     setWindowTitle(Startup::TitleLine(false));
     resize(1200, 780);
@@ -99,6 +101,7 @@ bool frmMain::StartUp()
     }
     runStep(QStringLiteral("InitBatchfile"), [] { Batchfile::InitBatchfile(); });
     runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });
+    runStep(QStringLiteral("StartUp: undo store"), [this] { m_ws->CreateUndos(); });
     runStep(QStringLiteral("StartUp: large picture"), [this] {
         if (ReadSetting(QStringLiteral("FormOpenEP")) == QLatin1String("1"))
             m_controller->largePictureOpen();
@@ -222,12 +225,11 @@ void frmMain::wireCommands()
     });
     // Commands whose work is not part of this build stay unavailable rather than pretending.
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
-    for (QAction *a : {m_menus.mnuSave, m_menus.mnuUndo, m_menus.mnuRefresh, m_menus.mnuFamilies,
-                       m_menus.mnuCheckUpdates})
+    for (QAction *a : {m_menus.mnuRefresh, m_menus.mnuFamilies, m_menus.mnuCheckUpdates})
         a->setEnabled(false);
-    for (QPushButton *b : {m_ui.cmdSave, m_ui.cmdUndo, m_ui.cmdReviewUndoNew,
-                           m_ui.cmdReviewUndoLA, m_ui.cmdReviewUndoL1, m_ui.cmdReviewUndoR1, m_ui.cmdReviewUndoRA})
-        b->setEnabled(false);
+    // Save follows the selections, Undo and review the undo levels.
+    m_ui.cmdSave->setEnabled(false);
+    m_menus.mnuSave->setEnabled(false);
 }
 
 void frmMain::onExitClicked()
@@ -259,6 +261,14 @@ void frmMain::ShutDown()
         const QString rect = Startup::RectToStore(geometry(), isMinimized());
         if (!rect.isEmpty())
             WriteSetting(QStringLiteral("FormRectMn"), rect);
+    } catch (const Error &e) {
+        lib_ErrorHandler(QStringLiteral("ShutDown()"), e);
+    }
+    try {
+        // Only a session that finished starting has levels worth keeping (a failed start must not
+        // overwrite the file with an empty table).
+        if (m_ws->hasUndos() && appState().systemLoaded)
+            m_ws->undos().SaveToFile();
     } catch (const Error &e) {
         lib_ErrorHandler(QStringLiteral("ShutDown()"), e);
     }

@@ -40,6 +40,7 @@ public:
     FamilyDatabase &database() { return m_db; }
     Workspace &workspace() { return *m_ws; }
     class WorkspaceController &controller() { return *m_controller; }
+    class AllocationCommands &allocation() { return *m_allocation; }
     // The settings dialog while it is open, else nullptr.
     class frmSettings *settingsDialog() const { return m_settings; }
 
@@ -63,6 +64,7 @@ private:
     FamilyDatabase m_db;
     std::unique_ptr<Workspace> m_ws;
     class WorkspaceController *m_controller = nullptr;
+    class AllocationCommands *m_allocation = nullptr;
     class frmSettings *m_settings = nullptr;
     MainWindowLayout m_ui;
     MainMenus m_menus;

@@ -195,14 +195,17 @@ QString WorkspaceController::fitName(const QString &text) const
     return shown;
 }
 
-void WorkspaceController::DisplaySrcFile(bool)
+void WorkspaceController::DisplaySrcFile(bool ignoreReviewingUndo)
 {
+    if (!m_ws.ReviewAllowsView(ignoreReviewingUndo))
+        return; // the previous photo stays on view
     const Workspace::PhotoView view = m_ws.ViewSelectedPhoto();
     if (view.kind == Workspace::PhotoView::Nothing) {
         updatePhotoCommands();
         return;
     }
-    m_ws.sourceList().HighlightSourceSelections(true);
+    if (!m_ws.reviewing())
+        m_ws.sourceList().HighlightSourceSelections(true);
     m_ui.lblSrcFileDets->setText(fitName(view.nameText));
     m_ui.lblSrcFileDets->setToolTip(view.path);
     m_ui.lblSrcFileDets1->setText(view.dateText);
@@ -225,7 +228,7 @@ void WorkspaceController::DisplaySrcFile(bool)
             m_largePic->clearPicture();
     }
     updatePhotoCommands();
-    if (m_ws.options().filterByDay) {
+    if (m_ws.options().filterByDay && !m_ws.reviewing()) {
         try {
             m_ws.LoadFamilies(std::nullopt, std::nullopt, true, true, std::nullopt);
         } catch (const Error &e) {

@@ -158,6 +158,14 @@ void SourceListModel::setThumbnail(int position, const QImage &image)
     emitChanged(position, {Qt::DecorationRole});
 }
 
+void SourceListModel::setGhosted(int position, bool ghosted)
+{
+    if (position < 0 || position >= m_entries.size() || m_entries.at(position).ghosted == ghosted)
+        return;
+    m_entries[position].ghosted = ghosted;
+    emitChanged(position, {GhostedRole, Qt::ForegroundRole});
+}
+
 void SourceListModel::setSelected(int position, bool selected)
 {
     if (position < 0 || position >= m_entries.size() || m_entries.at(position).selected == selected)

@@ -57,6 +57,7 @@ public:
     const Entry &at(int position) const { return m_entries.at(position); }
     void setTag(int position, const QString &tag, const QString &colour);
     void setThumbnail(int position, const QImage &image);
+    void setGhosted(int position, bool ghosted);
 
     void setSelected(int position, bool selected);
     void clearSelection();

@@ -5,6 +5,8 @@
 
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
+#include "lib/error.h"
+#include "lib/errorhandler.h"
 #include "lib/fileutils.h"
 
 #include <QFileInfo>
@@ -19,6 +21,32 @@ Workspace::Workspace(FamilyDatabase &db, PhotoServices services, QObject *parent
 }
 
 Workspace::~Workspace() = default;
+
+void Workspace::CreateUndos()
+{
+    m_undos = std::make_unique<clsUndos>(*this);
+    Q_EMIT undosReplaced();
+}
+
+void Workspace::ClearUndos()
+{
+    if (m_undos)
+        m_undos->Clear();
+    CreateUndos();
+    m_undos->SetUndoLevelsCntLbl();
+}
+
+clsUndos &Workspace::undos()
+{
+    if (!m_undos)
+        throw Error(1000, QStringLiteral("Workspace"), QStringLiteral("Internal err - no undo store"));
+    return *m_undos;
+}
+
+QImage Workspace::makeThumbnail(const QString &path) const
+{
+    return m_services.thumbnail ? m_services.thumbnail(path) : QImage();
+}
 
 void Workspace::ReadSessionSettings()
 {
@@ -83,6 +111,20 @@ Workspace::PhotoView Workspace::ViewSelectedPhoto()
     const bool movie = ext == QLatin1String(".mov") || ext == QLatin1String(".mp4") || ext == QLatin1String(".avi");
     view.kind = movie ? PhotoView::Movie : PhotoView::Picture;
     return view;
+}
+
+bool Workspace::ReviewAllowsView(bool ignoreReviewingUndo)
+{
+    if (ignoreReviewingUndo || !reviewing())
+        return true;
+    for (int p : m_sourceList.selectedPositions()) {
+        if (m_sourceList.at(p).tag != QLatin1String("RED")) {
+            lib_MsgInfo(QStringLiteral("You cannot view new photos when in Review mode. Click the * button to leave "
+                                       "Review mode."));
+            return false;
+        }
+    }
+    return true;
 }
 
 bool Workspace::SaveAllowed() const

@@ -1,14 +1,17 @@
 #pragma once
 
 #include "app/colfamilies.h"
+#include "clsundos.h"
 #include "familylistmodel.h"
 #include "photoservices.h"
 #include "sourcelistmodel.h"
 #include "srcfiles.h"
 
+#include <QHash>
 #include <QImage>
 #include <QObject>
 #include <QTime>
+#include <memory>
 #include <optional>
 
 namespace quillet {
@@ -62,6 +65,22 @@ public:
     FamilyListModel &familyList() { return m_familyList; }
     const QImage &placeholder() const { return m_placeholder; }
 
+    // The undo store of the session: created once at start-up; ClearUndos deletes its file and
+    // replaces it by an empty one. Until it exists, LoadSource runs without undo levels.
+    void CreateUndos();
+    void ClearUndos();
+    bool hasUndos() const { return bool(m_undos); }
+    clsUndos &undos();
+
+    // The thumbnails by table row ("K" + row): those of the listed photos and of the undo photos.
+    QHash<int, QImage> &thumbnailCache() { return m_thumbnails; }
+    // A row's thumbnail, or the placeholder when it has none.
+    QImage thumbnailOf(int row) const { return m_thumbnails.value(row, m_placeholder); }
+    QImage makeThumbnail(const QString &path) const;
+    // Announces the photo count and a status line (for the window's labels).
+    void ReportSourceCount() { Q_EMIT sourceCountChanged(m_sourceList.rowCount()); }
+    void ShowStatus(const QString &text) { Q_EMIT statusText(text); }
+
     // Rebuilds the source file table and the photo list from the Source Dir.
     LoadResult LoadSource(bool removeAllocated, bool debug);
     // Rebuilds the family list; an omitted option takes the check box's value.
@@ -76,6 +95,10 @@ public:
     bool SrcItemClicked(int position);
     // The photo to show, and the beep rule; updates the day and session remembered.
     PhotoView ViewSelectedPhoto();
+    // While a level is reviewed only its ("RED") photos can be shown: false after telling the user
+    // so when a selected photo is another one.
+    bool ReviewAllowsView(bool ignoreReviewingUndo);
+    bool reviewing() const { return m_undos && m_undos->ReviewingUndo(); }
     // The date of the first selected photo, invalid when none is selected.
     QDateTime SelectedPhotoDate() const;
 
@@ -92,6 +115,8 @@ public:
     int privacyMarkerPosition() const { return m_familyList.privacyMarkerPosition(); }
 
 Q_SIGNALS:
+    // A new undo store replaced the old one (the window rebinds its label and buttons).
+    void undosReplaced();
     void statusText(const QString &text);
     void sourceCountChanged(int count);
     void familyCountChanged(int count);
@@ -106,6 +131,7 @@ private:
 
     bool scanSourceDir(bool debug, QStringList &debugLines);
     void fillList(bool removeAllocated);
+    void loadUndoLevels();
     void loadCollections();
     QList<FamilyListModel::Entry> familyEntries(const colFamilies &families, bool currentOnly, bool showParent,
                                                 const QString &dayFlag) const;
@@ -121,6 +147,8 @@ private:
     colFamilies m_byName;
     bool m_collectionsLoaded = false;
     QImage m_placeholder;
+    QHash<int, QImage> m_thumbnails;
+    std::unique_ptr<clsUndos> m_undos;
     bool m_indicators[2][5] = {};
     QDate m_lastDay;
     int m_lastSession = -1;

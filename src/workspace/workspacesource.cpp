@@ -67,6 +67,20 @@ void Workspace::writeDebugList(const QStringList &lines, bool removeAllocated)
     f.write(text.toUtf8());
 }
 
+void Workspace::loadUndoLevels()
+{
+    if (!m_undos) {
+        m_srcFiles.Clear();
+        return;
+    }
+    // A reload must not lose the levels made since the last one: write them, then read them back
+    // as rows of the table's undo zone.
+    if (appState().systemLoaded)
+        m_undos->SaveToFile();
+    m_undos->LoadFromFile();
+    m_undos->SetUndoLevelsCntLbl();
+}
+
 Workspace::LoadResult Workspace::LoadSource(bool removeAllocated, bool debug)
 {
     lib_Stopwatch(1);
@@ -75,8 +89,12 @@ Workspace::LoadResult Workspace::LoadSource(bool removeAllocated, bool debug)
     if (debug)
         DebugLog(QStringLiteral("LoadSource: \tDebug list file created = ") + GetDebugViewPath());
 
+    if (m_undos)
+        m_undos->JumpToNewUndoLevel();
     m_sourceList.clear();
     m_sourceList.setThumbnailView(m_options.thumbnails);
+    m_thumbnails.clear();
+    loadUndoLevels();
     QStringList debugLines;
     scanSourceDir(debug, debugLines);
     if (m_options.thumbnails)
@@ -115,14 +133,16 @@ void Workspace::fillList(bool removeAllocated)
     const bool showProgress = thumbnails || useExif;
     QStringList paths;
     QList<bool> needDate;
+    QList<bool> needThumb;
     for (int i : rows) {
         paths << m_srcFiles.row(i).PathFile;
         needDate << !m_srcFiles.row(i).isAllocated();
+        needThumb << !m_thumbnails.contains(i); // undo photos' thumbnails are already loaded
     }
     const PhotoServices services = m_services;
     OrderedPrefetch<RowWork> work(int(rows.size()), [=](int k) {
         RowWork w;
-        if (thumbnails && services.thumbnail)
+        if (thumbnails && services.thumbnail && needThumb.at(k))
             w.thumbnail = services.thumbnail(paths.at(k));
         if (needDate.at(k))
             w.date = PhotoDate(services, paths.at(k), useExif);
@@ -151,8 +171,12 @@ void Workspace::fillList(bool removeAllocated)
             entry.tag = QStringLiteral("BLACK");
             entry.colour = grouping.next(w.date);
         }
-        if (thumbnails)
-            entry.thumbnail = w.thumbnail.isNull() ? m_placeholder : w.thumbnail;
+        if (thumbnails) {
+            entry.thumbnail = !needThumb.at(k) ? m_thumbnails.value(entry.row)
+                : w.thumbnail.isNull()         ? m_placeholder
+                                               : w.thumbnail;
+            m_thumbnails.insert(entry.row, entry.thumbnail);
+        }
         m_sourceList.append(entry);
         if (showProgress)
             port.progressUpdate(k + 1, k + 1);

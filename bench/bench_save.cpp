@@ -1,0 +1,176 @@
+// Save throughput: 100 photos to 3 families, plain copies against the `cp` command copying the
+// same files, and resized to 1024 against decoding and rescaling the same files.
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/appstate.h"
+#include "sync/batchfilejournal.h"
+#include "workspace/allocationsave.h"
+#include "workspace/workspace.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QImage>
+#include <QImageReader>
+#include <QPainter>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <cstdio>
+
+using namespace quillet;
+
+namespace {
+
+constexpr int kPhotos = 100;
+const QList<int> kFamilies{1, 2, 3};
+
+// A camera-sized JPEG (12 MP); the same picture serves every file name.
+QByteArray cameraJpeg()
+{
+    QImage image(4000, 3000, QImage::Format_RGB32);
+    QPainter p(&image);
+    QLinearGradient g(0, 0, 4000, 3000);
+    g.setColorAt(0, Qt::darkCyan);
+    g.setColorAt(1, Qt::darkYellow);
+    p.fillRect(image.rect(), g);
+    for (int i = 0; i < 400; ++i)
+        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
+    p.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPG", 90);
+    return bytes;
+}
+
+QStringList preparePhotos(const QString &srcDir)
+{
+    QStringList names;
+    const QString corpus = qEnvironmentVariable("QUILLET_BENCH_CORPUS");
+    if (!corpus.isEmpty()) {
+        for (const QString &name : QDir(corpus).entryList({"*.jpg", "*.JPG"}, QDir::Files, QDir::Name)) {
+            if (names.size() == kPhotos)
+                break;
+            QFile::copy(corpus + "/" + name, srcDir + "/" + name);
+            names << name;
+        }
+        return names;
+    }
+    const QByteArray jpeg = cameraJpeg();
+    for (int i = 0; i < kPhotos; ++i) {
+        names << QStringLiteral("IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
+        QFile f(srcDir + "/" + names.last());
+        f.open(QIODevice::WriteOnly);
+        f.write(jpeg);
+    }
+    return names;
+}
+
+// One Save of every listed photo to the three families; returns the seconds it took.
+double timedSave(Workspace &ws, AllocationSave &save)
+{
+    ws.LoadSource(true, false);
+    ws.ReloadFamilyCollections();
+    ws.LoadFamilies(false, false, false, false, false);
+    for (int i = 0; i < ws.sourceList().rowCount(); ++i)
+        ws.sourceList().setSelected(i, true);
+    for (int id : kFamilies)
+        ws.familyList().setSelected(ws.familyList().positionOfId(id), true);
+    QElapsedTimer t;
+    t.start();
+    save.Save();
+    return t.nsecsElapsed() / 1e9;
+}
+
+// Puts the photos back under their untagged names and empties the Target Dir.
+void reset(Workspace &ws, const QString &tgtDir)
+{
+    ws.undos().UndoLastLevel(true);
+    QDir(tgtDir).removeRecursively();
+    QDir().mkpath(tgtDir);
+}
+
+double timedCp(const QString &srcDir, const QStringList &names, const QString &tgtDir)
+{
+    QElapsedTimer t;
+    t.start();
+    for (int f = 0; f < kFamilies.size(); ++f) {
+        const QString dir = tgtDir + QStringLiteral("/cp%1").arg(f);
+        QDir().mkpath(dir);
+        QStringList args;
+        for (const QString &n : names)
+            args << srcDir + "/" + n;
+        args << dir;
+        QProcess::execute(QStringLiteral("cp"), args);
+    }
+    return t.nsecsElapsed() / 1e9;
+}
+
+double timedDecodeRescale(const QString &srcDir, const QStringList &names)
+{
+    QElapsedTimer t;
+    t.start();
+    for (int f = 0; f < kFamilies.size(); ++f) {
+        for (const QString &n : names) {
+            const QImage image = QImage(srcDir + "/" + n);
+            const QImage scaled = image.scaled(1024, 1024, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+            if (scaled.isNull())
+                std::fprintf(stderr, "decode failed: %s\n", qPrintable(n));
+        }
+    }
+    return t.nsecsElapsed() / 1e9;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QTemporaryDir home;
+    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+        qputenv(var, home.path().toUtf8() + "/" + var);
+    QGuiApplication app(argc, argv);
+    const QString srcDir = home.path() + "/src", tgtDir = home.path() + "/tgt";
+    QDir().mkpath(srcDir);
+    QDir().mkpath(tgtDir);
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
+    FamilyDatabase::Provision(FamilyDatabase::DbPath());
+    FamilyDatabase db;
+    db.OpenDatabase();
+    for (int id : kFamilies)
+        db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (?,?,?,True)"),
+                {id, QStringLiteral("Family%1").arg(id), QStringLiteral("Bench")});
+    for (const auto &[key, value] : QList<QPair<QString, QString>>{
+             {"SrcDir", srcDir}, {"TgtDir", tgtDir}, {"CreateBatchs", "1"}, {"PCname", "Bench"}, {"Thumbnails", "0"},
+             {"AssnSubToTgt", "0"}, {"AssnSrcSubToTgt", "0"}, {"TargetResizeMD", "3"}, {"TargetResizeQ", "3"}})
+        WriteSetting(key, value);
+    Batchfile::InitBatchfile();
+    const QStringList names = preparePhotos(srcDir);
+    const int copies = int(names.size() * kFamilies.size());
+
+    Workspace ws(db, PhotoServices::Default());
+    ws.ReadSessionSettings();
+    ws.options().thumbnails = false;
+    ws.options().filterByDay = false;
+    ws.CreateUndos();
+    AllocationSave save(ws);
+
+    WriteSetting(QStringLiteral("TargetResize"), false);
+    const double cpSeconds = timedCp(srcDir, names, tgtDir);
+    QDir(tgtDir).removeRecursively();
+    QDir().mkpath(tgtDir);
+    const double copySeconds = timedSave(ws, save);
+    reset(ws, tgtDir);
+    std::printf("RESULT save_copy %.1f files/s ratio=%.2f baseline=cp\n", copies / copySeconds, cpSeconds / copySeconds);
+
+    WriteSetting(QStringLiteral("TargetResize"), true);
+    const double resizeSeconds = timedSave(ws, save);
+    reset(ws, tgtDir);
+    const double decodeSeconds = timedDecodeRescale(srcDir, names);
+    std::printf("RESULT save_resize %.1f files/s ratio=%.2f baseline=full decode+rescale\n", copies / resizeSeconds,
+                decodeSeconds / resizeSeconds);
+    return 0;
+}

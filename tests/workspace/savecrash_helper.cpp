@@ -1,0 +1,42 @@
+// Runs one Save of every listed photo to every family in the data folder of the environment it
+// inherits, and kills itself (SIGKILL, no clean-up) once the given number of copies is made; 0
+// runs to the end. The crash test checks what such a death leaves on disk.
+#include "app/familydatabase.h"
+#include "sync/batchfilejournal.h"
+#include "workspace/allocationsave.h"
+#include "workspace/workspace.h"
+
+#include <QGuiApplication>
+#include <csignal>
+
+using namespace quillet;
+
+int main(int argc, char **argv)
+{
+    QGuiApplication app(argc, argv);
+    const int killAfter = argc > 1 ? QByteArray(argv[1]).toInt() : 0;
+    FamilyDatabase db;
+    if (!db.OpenDatabase())
+        return 2;
+    Batchfile::InitBatchfile();
+    Workspace ws(db, PhotoServices::Default());
+    ws.ReadSessionSettings();
+    ws.options().thumbnails = false;
+    ws.options().filterByDay = false;
+    ws.CreateUndos();
+    ws.LoadSource(true, false);
+    ws.LoadFamilies(false, false, false, false, false);
+    for (int i = 0; i < ws.sourceList().rowCount(); ++i)
+        ws.sourceList().setSelected(i, true);
+    for (int i = 0; i < ws.familyList().count(); ++i)
+        ws.familyList().setSelected(i, true);
+    int copies = 0;
+    QObject::connect(&ws, &Workspace::statusText, [&](const QString &text) {
+        if (text.contains(QLatin1String(" copied (of ")) && ++copies == killAfter)
+            ::raise(SIGKILL);
+    });
+    AllocationSave save(ws);
+    save.Save();
+    ws.undos().SaveToFile();
+    return 0;
+}
