@@ -13,6 +13,7 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QSet>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -82,6 +83,48 @@ bool lib_KillFile(const QString &path, bool permanently)
                 QStringLiteral("Path/File access error\r\nFile:") + path);
 }
 
+namespace {
+thread_local int t_deferredDepth = 0;
+thread_local QSet<QString> *t_deferredFolders = nullptr;
+} // namespace
+
+DeferredSync::DeferredSync()
+{
+    if (t_deferredDepth++ == 0)
+        t_deferredFolders = new QSet<QString>;
+}
+
+DeferredSync::~DeferredSync()
+{
+    if (--t_deferredDepth > 0)
+        return;
+    QSet<dev_t> synced;
+    for (const QString &folder : std::as_const(*t_deferredFolders)) {
+        const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY);
+        if (fd < 0)
+            continue;
+        struct stat st {};
+        if (::fstat(fd, &st) == 0 && !synced.contains(st.st_dev)) {
+            ::syncfs(fd);
+            synced.insert(st.st_dev);
+        }
+        ::close(fd);
+    }
+    delete t_deferredFolders;
+    t_deferredFolders = nullptr;
+}
+
+bool DeferredSync::active()
+{
+    return t_deferredDepth > 0;
+}
+
+void DeferredSync::note(const QString &filePath)
+{
+    if (t_deferredFolders)
+        t_deferredFolders->insert(QFileInfo(filePath).absolutePath());
+}
+
 bool lib_MakePath(const QString &path)
 {
     QString p = path.trimmed();
@@ -110,6 +153,17 @@ QString lib_TempCopyName(const QString &target, const QString &source)
 
 namespace {
 
+QString finishCopy(QFile &out, const QString &temp)
+{
+    if (!out.flush())
+        return out.errorString();
+    if (DeferredSync::active())
+        DeferredSync::note(temp);
+    else if (::fsync(out.handle()) != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    return QString();
+}
+
 // Copies the bytes and flushes them to the disk, so that after the rename the target is complete
 // even if the machine stops. Returns an empty text on success, else the system's reason.
 QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress)
@@ -122,24 +176,23 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
         return out.errorString();
     const qint64 total = in.size();
     qint64 done = 0;
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
-    for (;;) {
-        const qint64 n = in.read(buffer.data(), buffer.size());
-        if (n < 0)
-            return in.errorString();
-        if (n == 0)
-            break;
-        if (out.write(buffer.constData(), n) != n)
-            return out.errorString();
-        done += n;
-        if (progress && !progress(done, total))
-            return QStringLiteral("Copy cancelled");
+    if (!progress) {
+        // In the kernel, without a trip through this process (and as a reflink where the file
+        // system can share blocks).
+        while (done < total) {
+            const ssize_t n = ::copy_file_range(in.handle(), nullptr, out.handle(), nullptr, size_t(total - done), 0);
+            if (n <= 0)
+                break;
+            done += n;
+        }
+        if (done == total)
+            return finishCopy(out, temp);
+        // Not possible here (another file system, an old kernel): copy the rest by hand.
+        in.seek(done);
+        out.seek(done);
     }
-    if (!out.flush())
-        return out.errorString();
-    if (::fsync(out.handle()) != 0)
-        return QString::fromLocal8Bit(std::strerror(errno));
-    return QString();
+    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    return finishCopy(out, temp);
 }
 
 void copyDates(const QString &source, const QString &target)

@@ -25,6 +25,24 @@ using CopyProgress = std::function<bool(qint64 done, qint64 total)>;
 // "Failed to copy file" and the details when the copy fails.
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite,
                   const CopyProgress &progress = {});
+// Copies are flushed to the disk before they take their name, so a power cut leaves the old file
+// or the complete new one. A long run of copies (a Save) can instead flush once at its end: while
+// a DeferredSync exists on this thread, copies and journal entries skip their own flush to the
+// disk, and the scope's end syncs every file system written to. A crash of the program loses
+// nothing either way; the operating system still holds what was written.
+class DeferredSync
+{
+public:
+    DeferredSync();
+    ~DeferredSync();
+    DeferredSync(const DeferredSync &) = delete;
+    DeferredSync &operator=(const DeferredSync &) = delete;
+
+    static bool active();
+    // Remembers the folder of a file written without its own flush.
+    static void note(const QString &filePath);
+};
+
 // The temporary name lib_CopyFile would use for a target: path without extension + ".~NN".
 QString lib_TempCopyName(const QString &target, const QString &source);
 

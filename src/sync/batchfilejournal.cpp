@@ -158,7 +158,10 @@ void BatchfileWriter::entry(const char *opcode, const QStringList &operands)
     if (m_file.write(lines) != lines.size() || !m_file.flush())
         throw Error(kErrPathFileAccess, QStringLiteral("OpenBatchfileForAppend"),
                     m_file.errorString() + QStringLiteral("\r\nFile:") + m_file.fileName());
-    ::fsync(m_file.handle());
+    if (DeferredSync::active())
+        DeferredSync::note(m_file.fileName());
+    else
+        ::fsync(m_file.handle());
 }
 
 void BatchfileWriter::close()

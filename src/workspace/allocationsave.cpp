@@ -85,6 +85,8 @@ QString AllocationSave::FamilyFolderName(const QString &entryText, bool showPare
 void AllocationSave::Save()
 {
     try {
+        // One flush to the disk at the end of the Save instead of one per copy and journal line.
+        DeferredSync sync;
         doSave();
     } catch (const Error &e) {
         lib_ErrorHandler(QStringLiteral("cmdSave_Click()"), e);
