@@ -87,6 +87,23 @@ private Q_SLOTS:
         Batchfile::SetCurrentPath(QString());
     }
 
+    void doubleClickOnAFamilySaves()
+    {
+        prepare();
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        auto *families = w.findChild<QListView *>(QStringLiteral("lstFamilies"));
+        const QModelIndex ben = families->model()->index(w.workspace().familyList().positionOfId(7), 0);
+        select(w, QString(), {7});
+        Q_EMIT families->doubleClicked(ben); // no photo selected: Save is not enabled
+        QVERIFY(!QFile::exists(tgt(QStringLiteral("Ben Jones/IMG_0041.jpg"))));
+        select(w, QStringLiteral("IMG_0041.jpg"), {7});
+        Q_EMIT families->doubleClicked(ben);
+        QVERIFY(QFile::exists(tgt(QStringLiteral("Ben Jones/IMG_0041.jpg"))));
+        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0041(#7#).jpg"))));
+    }
+
     void saveRestartReviewUndo()
     {
         prepare();
