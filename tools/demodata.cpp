@@ -6,8 +6,10 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/fileutils.h"
+#include "support/testjpeg.h"
 
 #include <QGuiApplication>
+#include <QBuffer>
 #include <QDir>
 #include <QImage>
 #include <QPainter>
@@ -57,7 +59,16 @@ void photo(const QString &path, const QDateTime &taken, int seed)
     p.setFont(font);
     p.drawText(image.rect(), Qt::AlignCenter, taken.toString(QStringLiteral("ddd d MMM\nhh:mm")));
     p.end();
-    image.save(path, "JPG", 85);
+    // A camera writes the moment of capture into the EXIF block as well as the file's date.
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPG", 85);
+    const QByteArray exif = test::exifSegment(taken.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")), true, QByteArray());
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(test::insertAfterSoi(jpeg, exif));
+    file.close();
     lib_SetFileDate(path, QLatin1Char('M'), taken);
 }
 
