@@ -13,7 +13,9 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QMutex>
 #include <QSet>
+#include <QtConcurrent/QtConcurrentRun>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -94,12 +96,13 @@ DeferredSync::DeferredSync()
         t_deferredFolders = new QSet<QString>;
 }
 
-DeferredSync::~DeferredSync()
+namespace {
+
+// Flushes the file systems holding these folders; runs on a worker thread.
+void syncFolders(const QSet<QString> &folders)
 {
-    if (--t_deferredDepth > 0)
-        return;
     QSet<dev_t> synced;
-    for (const QString &folder : std::as_const(*t_deferredFolders)) {
+    for (const QString &folder : folders) {
         const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY);
         if (fd < 0)
             continue;
@@ -110,8 +113,34 @@ DeferredSync::~DeferredSync()
         }
         ::close(fd);
     }
+}
+
+QMutex g_pendingLock;
+QList<QFuture<void>> g_pending;
+
+} // namespace
+
+DeferredSync::~DeferredSync()
+{
+    if (--t_deferredDepth > 0)
+        return;
+    const QSet<QString> folders = *t_deferredFolders;
     delete t_deferredFolders;
     t_deferredFolders = nullptr;
+    if (folders.isEmpty())
+        return;
+    // The user goes on while the disk catches up; the program waits for it before it ends.
+    QMutexLocker lock(&g_pendingLock);
+    g_pending.removeIf([](const QFuture<void> &f) { return f.isFinished(); });
+    g_pending.append(QtConcurrent::run([folders] { syncFolders(folders); }));
+}
+
+void DeferredSync::waitForPending()
+{
+    QMutexLocker lock(&g_pendingLock);
+    for (QFuture<void> &f : g_pending)
+        f.waitForFinished();
+    g_pending.clear();
 }
 
 bool DeferredSync::active()

@@ -279,6 +279,7 @@ void frmMain::ShutDown()
             w->close();
     }
     m_db.CloseDatabase();
+    DeferredSync::waitForPending();
 }
 
 } // namespace quillet
