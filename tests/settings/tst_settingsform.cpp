@@ -26,23 +26,12 @@ class TestSettingsForm : public QObject
     FamilyDatabase *m_db = nullptr;
     SettingsForm *m_form = nullptr;
 
-    // A valid starting point: existing Source and Target Dirs, valid session ends.
-    void loadValid()
-    {
-        QDir().mkpath(m_env->path(QStringLiteral("src")));
-        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
-        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
-        m_form->LoadData(*m_db);
-    }
-
 private Q_SLOTS:
     void init()
     {
         m_env = new TestEnv;
-        m_env->dataDir();
         m_port = new ScriptedPrompt;
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        QVERIFY(m_env->makeInstallation());
         m_db = new FamilyDatabase;
         QVERIFY(m_db->OpenDatabase());
         m_form = new SettingsForm;
@@ -129,7 +118,7 @@ private Q_SLOTS:
         QFETCH(QList<bool>, answers);
         QFETCH(bool, valid);
         QFETCH(QString, message);
-        loadValid();
+        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
         for (const QString &edit : edits) {
             const int eq = edit.indexOf(QLatin1Char('='));
             m_form->setValue(edit.left(eq), edit.mid(eq + 1).arg(m_env->root()));
@@ -147,7 +136,7 @@ private Q_SLOTS:
 
     void trailingSeparatorsTrimmed()
     {
-        loadValid();
+        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
         m_form->setValue(QStringLiteral("SrcDir"), QStringLiteral("  ") + m_env->path(QStringLiteral("src//")));
         QVERIFY(m_form->ValidateSettings());
         QCOMPARE(m_form->value(QStringLiteral("SrcDir")), m_env->path(QStringLiteral("src")));
@@ -164,7 +153,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, typed);
         QFETCH(QString, stored);
-        loadValid();
+        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
         m_form->setValue(QStringLiteral("PrivacyText"), typed);
         m_form->setValue(QStringLiteral("MorningSessEnd"), QStringLiteral("12:15"));
         QVERIFY(m_form->Save(*m_db).saved);
@@ -175,7 +164,7 @@ private Q_SLOTS:
 
     void nothingWrittenWhenInvalid()
     {
-        loadValid();
+        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
         m_form->setValue(QStringLiteral("BeepOnDtChg"), QStringLiteral("0"));
         m_form->setValue(QStringLiteral("MorningSessEnd"), QStringLiteral("99:99"));
         QVERIFY(!m_form->Save(*m_db).saved);
@@ -184,7 +173,7 @@ private Q_SLOTS:
 
     void sourceChangeWritesFlagAndClosesBatchfile()
     {
-        loadValid();
+        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
         WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
         m_form->LoadData(*m_db);
@@ -210,7 +199,7 @@ private Q_SLOTS:
 
     void pcNameChangeRenamesTheBatchfile()
     {
-        loadValid();
+        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Old"));
         WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
         m_form->LoadData(*m_db);

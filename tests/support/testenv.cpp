@@ -1,5 +1,7 @@
 #include "testenv.h"
 
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
 #include "lib/apppaths.h"
 
 #include <QDir>
@@ -46,6 +48,18 @@ QString TestEnv::dataDir() const
     const QString dir = AppPaths::dataDir();
     QDir().mkpath(dir);
     return dir;
+}
+
+bool TestEnv::makeInstallation() const
+{
+    dataDir();
+    if (!FamilyDatabase::Provision(FamilyDatabase::DbPath()))
+        return false;
+    QDir().mkpath(srcDir());
+    QDir().mkpath(tgtDir());
+    WriteSetting(QStringLiteral("SrcDir"), srcDir());
+    WriteSetting(QStringLiteral("TgtDir"), tgtDir());
+    return true;
 }
 
 QString TestEnv::writeFile(const QString &relative, const QByteArray &bytes) const

@@ -22,6 +22,12 @@ public:
     QString path(const QString &relative) const;
     // The application data folder inside this environment (created).
     QString dataDir() const;
+    // A ready installation: the data folder with an empty family database, and the folders
+    // root()/src and root()/tgt set as Source and Target Dir. False when it could not be made.
+    bool makeInstallation() const;
+    QString srcDir() const { return path(QStringLiteral("src")); }
+    QString tgtDir() const { return path(QStringLiteral("tgt")); }
+
     // Writes a file (and its folders) with the given bytes; returns its path.
     QString writeFile(const QString &relative, const QByteArray &bytes) const;
 

@@ -32,12 +32,7 @@ class TestAllocationWindow : public QObject
 
     void prepare()
     {
-        m_env->dataDir();
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
-        QDir().mkpath(m_env->path(QStringLiteral("src")));
-        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
-        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
+        QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
         WriteSetting(QStringLiteral("AutoFilterFams"), QStringLiteral("0"));
         WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));

@@ -36,12 +36,7 @@ class TestMainWindow : public QObject
     // A data folder with its database and valid Source and Target Dirs: start-up completes.
     void prepareInstallation()
     {
-        m_env->dataDir();
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
-        QDir().mkpath(m_env->path(QStringLiteral("src")));
-        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
-        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
+        QVERIFY(m_env->makeInstallation());
     }
 
 private Q_SLOTS:

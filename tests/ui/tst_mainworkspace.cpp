@@ -44,8 +44,7 @@ class TestMainWorkspace : public QObject
 
     void prepare()
     {
-        m_env->dataDir();
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        QVERIFY(m_env->makeInstallation());
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
@@ -54,10 +53,6 @@ class TestMainWorkspace : public QObject
             db.WriteParam(QStringLiteral("MorningSessEnd"), QTime(12, 30));
             db.WriteParam(QStringLiteral("AfternoonSessEnd"), QTime(15, 30));
         }
-        QDir().mkpath(m_env->path(QStringLiteral("src")));
-        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
-        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
         photo(QStringLiteral("IMG_1.jpg"), QDateTime(kTuesday, QTime(9, 0)), QSize(60, 80));
         photo(QStringLiteral("IMG_2.jpg"), QDateTime(kTuesday, QTime(14, 0)));
         m_env->writeFile(QStringLiteral("src/clip.MOV"), "movie");

@@ -42,19 +42,14 @@ private Q_SLOTS:
     void init()
     {
         m_env = new TestEnv;
-        m_env->dataDir();
         m_port = new ScriptedPrompt;
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
+        QVERIFY(m_env->makeInstallation());
         m_dbp = new FamilyDatabase;
         QVERIFY(m_dbp->OpenDatabase());
         m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName) VALUES (3, 'Ann', 'Lee')"));
         m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName) VALUES (7, 'Bob')"));
         m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, [Current]) VALUES (8, 'Gone', False)"));
         appState().isPortableCopy = false;
-        QDir().mkpath(m_env->path(QStringLiteral("src")));
-        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
-        WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
         WriteSetting(QStringLiteral("ResizeExclFam"), QStringLiteral("7"));
     }
     void cleanup()
