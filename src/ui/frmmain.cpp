@@ -39,7 +39,12 @@ frmMain::frmMain(QWidget *parent)
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
-    connect(m_controller, &WorkspaceController::fatal, this, [] { QCoreApplication::exit(1); });
+    // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
+    // reports it, afterwards the event loop ends.
+    connect(m_controller, &WorkspaceController::fatal, this, [this] {
+        m_fatal = true;
+        QCoreApplication::exit(1);
+    });
     setWindowTitle(Startup::TitleLine(false));
     resize(1200, 780);
     wireCommands();
@@ -109,6 +114,8 @@ bool frmMain::StartUp()
     runStep(QStringLiteral("InitData()"), [this] { InitData(); });
 
     QGuiApplication::restoreOverrideCursor();
+    if (m_fatal)
+        return false;
     appState().systemLoaded = true;
     return true;
 }

@@ -70,6 +70,7 @@ private:
     MainMenus m_menus;
     QSize m_picOriginalSize;
     bool m_shutDown = false;
+    bool m_fatal = false;
 };
 
 } // namespace quillet

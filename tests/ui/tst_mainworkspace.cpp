@@ -1,5 +1,6 @@
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
+#include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "lib/fileutils.h"
 #include "support/scriptedprompt.h"
@@ -186,6 +187,17 @@ private Q_SLOTS:
         QCOMPARE(selected.size(), 1);
         QCOMPARE(selected.first().data(Qt::ToolTipRole).toString(), QStringLiteral("IMG_2.jpg"));
         QVERIFY(!w.findChild<QWidget *>(QStringLiteral("txtSrcfilesBg"))->isVisible());
+    }
+
+    void missingPlaceholderEndsStartUp()
+    {
+        const QString placeholder = AppPaths::placeholderPicture();
+        QVERIFY(QFile::rename(placeholder, placeholder + QStringLiteral(".away")));
+        frmMain w;
+        const bool started = w.StartUp();
+        QFile::rename(placeholder + QStringLiteral(".away"), placeholder);
+        QVERIFY(!started);
+        QCOMPARE(m_port->lastText(), QStringLiteral("Error: file ") + placeholder + QStringLiteral(" not found"));
     }
 
     void largePictureOpensOnDoubleClick()
