@@ -230,9 +230,16 @@ void frmMain::wireCommands()
         if (!prompt().openWithDefaultProgram(AppPaths::helpPage()))
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
     });
-    // Commands whose work is not part of this build stay unavailable rather than pretending.
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
-    for (QAction *a : {m_menus.mnuRefresh, m_menus.mnuFamilies, m_menus.mnuCheckUpdates})
+    // Refresh: new photos in the Source Dir, changed settings and families are read again.
+    connect(m_menus.mnuRefresh, &QAction::triggered, this, [this] {
+        runStep(QStringLiteral("mnuRefresh_Click()"), [this] {
+            InitButtons();
+            InitData();
+        });
+    });
+    // Commands whose work is not part of this build stay unavailable rather than pretending.
+    for (QAction *a : {m_menus.mnuFamilies, m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     // Save follows the selections, Undo and review the undo levels.
     m_ui.cmdSave->setEnabled(false);

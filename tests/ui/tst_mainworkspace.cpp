@@ -189,6 +189,17 @@ private Q_SLOTS:
         QVERIFY(!w.findChild<QWidget *>(QStringLiteral("txtSrcfilesBg"))->isVisible());
     }
 
+    void refreshListsNewPhotos()
+    {
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        photo(QStringLiteral("IMG_9.jpg"), QDateTime(kTuesday, QTime(10, 0)));
+        QVERIFY(w.menus().mnuRefresh->isEnabled());
+        w.menus().mnuRefresh->trigger();
+        QCOMPARE(w.findChild<QLabel *>(QStringLiteral("lblSrcFilesCnt"))->text(), QStringLiteral("5 photos"));
+    }
+
     void missingPlaceholderEndsStartUp()
     {
         const QString placeholder = AppPaths::placeholderPicture();
