@@ -233,7 +233,7 @@ void clsUndos::readFile(const QString &path)
             throw Error(kInternalError, QStringLiteral("clsUndo.LoadFromFile"), QStringLiteral("Internal err - bad level"));
         if (i == 1 || it.filename != previous)
             rows.AddUndoRow(it.filename, it.srcPathfile);
-        it.srcFilesIndex = rows.UndoCount();
+        it.srcFilesIndex = rows.SrcFilesUndoCnt();
         it.thumbKey = thumbKeys ? QStringLiteral("K") + QString::number(it.srcFilesIndex) : QString();
         previous = it.filename;
         previousLevel = it.level;
@@ -247,7 +247,7 @@ void clsUndos::readFile(const QString &path)
 
 void clsUndos::reloadThumbnails(int maxPhotos)
 {
-    const int undoCount = m_ws.srcFiles().UndoCount();
+    const int undoCount = m_ws.srcFiles().SrcFilesUndoCnt();
     const int n = std::clamp(maxPhotos, 0, undoCount);
     const int firstQualifying = undoCount - n + 1;
     UserPrompt &port = prompt();

@@ -5,8 +5,8 @@
 
 namespace quillet {
 
-// The table of source photos the workspace refers to by row number. Rows 1..UndoCount() are the
-// photos of the saved undo levels; rows UndoCount()+1..Count() are the photos found by the latest
+// The table of source photos the workspace refers to by row number. Rows 1..SrcFilesUndoCnt() are the
+// photos of the saved undo levels; rows SrcFilesUndoCnt()+1..SrcFilesCount() are the photos found by the latest
 // scan of the Source Dir. A row's number does not change while the list shows it: list keys
 // ("K" + row), thumbnails and undo items all name photos by it. Row 0 is never used.
 class SrcFiles
@@ -22,8 +22,8 @@ public:
         bool isAllocated() const { return Allocated == QLatin1String("-1"); }
     };
 
-    int UndoCount() const { return m_undoCount; }
-    int Count() const { return int(m_rows.size()); }
+    int SrcFilesUndoCnt() const { return m_undoCount; }
+    int SrcFilesCount() const { return int(m_rows.size()); }
 
     // Empties the table (both zones).
     void Clear();

@@ -43,11 +43,11 @@ bool Workspace::scanSourceDir(bool debug, QStringList &debugLines)
                 debugLines << QStringLiteral("false,") + path;
             continue;
         }
-        const int before = m_srcFiles.Count();
+        const int before = m_srcFiles.SrcFilesCount();
         const int row = m_srcFiles.AddScannedFile(path);
         if (debug) {
             QString line = QStringLiteral("true,") + path + QLatin1Char(',') + StripFamIDs(finder.File());
-            if (m_srcFiles.Count() > before)
+            if (m_srcFiles.SrcFilesCount() > before)
                 line += m_srcFiles.row(row).isAllocated() ? QStringLiteral(",true") : QStringLiteral(",false");
             debugLines << line;
         }
@@ -124,7 +124,7 @@ void Workspace::fillList(bool removeAllocated)
     // The rows to show, in table order; their thumbnails and dates are worked out on worker
     // threads a little ahead of the loop, which keeps its order and its cancel.
     QList<int> rows;
-    for (int i = 1; i <= m_srcFiles.Count(); ++i) {
+    for (int i = 1; i <= m_srcFiles.SrcFilesCount(); ++i) {
         if (!(removeAllocated && m_srcFiles.row(i).isAllocated()))
             rows << i;
     }

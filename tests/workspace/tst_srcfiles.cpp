@@ -71,10 +71,10 @@ private Q_SLOTS:
     {
         SrcFiles t;
         QCOMPARE(t.AddUndoRow(QStringLiteral("IMG_5.jpg"), QStringLiteral("/s/IMG_5(#3#).jpg")), 1);
-        QCOMPARE(t.UndoCount(), 1);
+        QCOMPARE(t.SrcFilesUndoCnt(), 1);
         // A scanned file matching an undo photo (any letter case) gets no second row.
         QCOMPARE(t.AddScannedFile(QStringLiteral("/s/img_5(#3#).JPG")), 1);
-        QCOMPARE(t.Count(), 1);
+        QCOMPARE(t.SrcFilesCount(), 1);
         // Same untagged name in two folders: both get rows.
         QCOMPARE(t.AddScannedFile(QStringLiteral("/s/a/IMG_1.jpg")), 2);
         QCOMPARE(t.AddScannedFile(QStringLiteral("/s/b/IMG_1(#3#).jpg")), 3);
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QCOMPARE(t.row(3).Allocated, QStringLiteral("-1"));
         QCOMPARE(t.row(3).FileNoFamIDs, QStringLiteral("IMG_1.jpg"));
         t.ResetScanZone();
-        QCOMPARE(t.Count(), 1);
+        QCOMPARE(t.SrcFilesCount(), 1);
         QCOMPARE(t.row(1).PathFile, QStringLiteral("/s/IMG_5(#3#).jpg"));
         QVERIFY_THROWS_EXCEPTION(Error, t.row(2));
     }
@@ -98,14 +98,14 @@ private Q_SLOTS:
             QStringList rows;
             for (const QString &f : files)
                 rows << QString::number(t.AddScannedFile(f));
-            for (int i = 1; i <= t.Count(); ++i)
+            for (int i = 1; i <= t.SrcFilesCount(); ++i)
                 rows << t.row(i).FileNoFamIDs + QLatin1Char('|') + t.row(i).PathFile + QLatin1Char('|') + t.row(i).Allocated;
             return rows;
         };
         const QStringList first = load();
         QCOMPARE(first.mid(0, 3), (QStringList{"2", "1", "3"}));
         QCOMPARE(load(), first);
-        QCOMPARE(t.UndoCount(), 1);
+        QCOMPARE(t.SrcFilesUndoCnt(), 1);
     }
 
     void sortingKeepsTheUndoZone()
@@ -132,7 +132,7 @@ private Q_SLOTS:
         } catch (const Error &e) {
             QVERIFY(e.description().startsWith(QStringLiteral("Too many photos")));
         }
-        QCOMPARE(t.Count(), SrcFiles::kMaxRows);
+        QCOMPARE(t.SrcFilesCount(), SrcFiles::kMaxRows);
     }
 };
 

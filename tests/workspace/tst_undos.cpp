@@ -153,9 +153,9 @@ private Q_SLOTS:
         appState().systemLoaded = true;
         m_fx->ws->options().showAllocated = true;
         m_fx->load();
-        QCOMPARE(m_fx->ws->srcFiles().UndoCount(), 2);
+        QCOMPARE(m_fx->ws->srcFiles().SrcFilesUndoCnt(), 2);
         QCOMPARE(m_fx->ws->srcFiles().row(1).PathFile, m_fx->src("P1(#12#P#).jpg"));
-        QCOMPARE(m_fx->ws->srcFiles().Count(), 3); // P3 only is new; tagged files match their undo rows
+        QCOMPARE(m_fx->ws->srcFiles().SrcFilesCount(), 3); // P3 only is new; tagged files match their undo rows
         QCOMPARE(undos().ItemSrcFilesIndex(3), 2);
         QCOMPARE(label(), QStringLiteral("2 undos"));
         undos().UndoLastLevel(false);
@@ -182,7 +182,7 @@ private Q_SLOTS:
         m_fx->load();
         QVERIFY(!QFile::exists(clsUndos::FilePath()));
         QCOMPARE(label(), QStringLiteral("0 undos"));
-        QCOMPARE(m_fx->ws->srcFiles().UndoCount(), 0);
+        QCOMPARE(m_fx->ws->srcFiles().SrcFilesUndoCnt(), 0);
         QFile log(GetDebugLogPath());
         QVERIFY(log.open(QIODevice::ReadOnly));
         QVERIFY(QString::fromUtf8(log.readAll()).contains("clsUndo.LoadFromFile: \t" + logged));
@@ -206,7 +206,7 @@ private Q_SLOTS:
         WriteSetting(QStringLiteral("MaxReloadUndoThumbs"), max);
         appState().systemLoaded = true;
         m_fx->load();
-        QCOMPARE(m_fx->ws->srcFiles().UndoCount(), 3);
+        QCOMPARE(m_fx->ws->srcFiles().SrcFilesUndoCnt(), 3);
         for (int row = 1; row <= 3; ++row) {
             QCOMPARE(m_fx->ws->thumbnailCache().contains(row), withThumbs.contains(row));
             QCOMPARE(undos().ItemThumbnailImgLstKey(row).isEmpty(), !withThumbs.contains(row));

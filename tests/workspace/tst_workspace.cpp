@@ -127,7 +127,7 @@ private Q_SLOTS:
         m_env->writeFile(QStringLiteral("src/notes.txt"), "x");
         m_env->writeFile(QStringLiteral("src/clip.MOV"), "x");
         QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
-        QCOMPARE(m_ws->srcFiles().Count(), 4); // allocated files are in the table even when hidden
+        QCOMPARE(m_ws->srcFiles().SrcFilesCount(), 4); // allocated files are in the table even when hidden
         QStringList listed = sourceTexts();
         listed.sort();
         QCOMPARE(listed, (QStringList{"IMG_1.JPG", "IMG_3.jpg", "clip.MOV"}));
@@ -203,7 +203,7 @@ private Q_SLOTS:
         m_ws->LoadSource(true, false);
         const QString first = m_ws->srcFiles().row(1).PathFile;
         m_ws->LoadSource(true, false);
-        QCOMPARE(m_ws->srcFiles().Count(), 2);
+        QCOMPARE(m_ws->srcFiles().SrcFilesCount(), 2);
         QCOMPARE(m_ws->srcFiles().row(1).PathFile, first);
     }
 
