@@ -5,6 +5,7 @@
 #include "lib/debuglog.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
+#include "lib/deferredsync.h"
 #include "lib/fileutils.h"
 
 #include <QDateTime>

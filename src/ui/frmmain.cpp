@@ -12,6 +12,7 @@
 #include "lib/debuglog.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
+#include "lib/deferredsync.h"
 #include "lib/fileutils.h"
 #include "lib/userprompt.h"
 

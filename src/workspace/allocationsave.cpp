@@ -8,6 +8,7 @@
 #include "lib/appstate.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
+#include "lib/deferredsync.h"
 #include "lib/fileutils.h"
 #include "lib/texthelpers.h"
 #include "lib/userprompt.h"
