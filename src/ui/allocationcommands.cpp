@@ -40,6 +40,15 @@ AllocationCommands::AllocationCommands(Workspace &workspace, MainWindowLayout &u
     connect(m_menus.mnuRepeatSelect, &QAction::triggered, this, repeatSelect);
     connect(m_ui.cmdRepeatnSave, &QPushButton::clicked, m_save, &AllocationSave::RepeatAndSave);
     connect(m_menus.mnuRepeatnSave, &QAction::triggered, m_save, &AllocationSave::RepeatAndSave);
+    m_operations = std::make_unique<PhotoOperations>(m_ws);
+    connect(m_ui.cmdRotateLeft, &QPushButton::clicked, this, [this] { rotate(false); });
+    connect(m_menus.mnuRotateLeft, &QAction::triggered, this, [this] { rotate(false); });
+    connect(m_ui.cmdRotateRight, &QPushButton::clicked, this, [this] { rotate(true); });
+    connect(m_menus.mnuRotateRight, &QAction::triggered, this, [this] { rotate(true); });
+    connect(m_ui.cmdDelete, &QPushButton::clicked, this, [this] { removePhotos(false); });
+    connect(m_menus.mnuDelete, &QAction::triggered, this, [this] { removePhotos(false); });
+    connect(m_ui.cmdMoveToTemp, &QPushButton::clicked, this, [this] { removePhotos(true); });
+    connect(m_menus.mnuMoveToTemp, &QAction::triggered, this, [this] { removePhotos(true); });
     connect(m_ui.cmdUndo, &QPushButton::clicked, this, &AllocationCommands::onUndo);
     connect(m_menus.mnuUndo, &QAction::triggered, this, &AllocationCommands::onUndo);
     connect(m_ui.cmdReviewUndoL1, &QPushButton::clicked, this, [this] { review(false, false); });
@@ -137,14 +146,53 @@ void AllocationCommands::ReselectSrcFile()
     displayAndScroll();
 }
 
-void AllocationCommands::afterSave()
+void AllocationCommands::clearPhotoDisplay()
 {
-    m_controller.setSaveMade(true);
     m_ui.imgPic->clearPicture();
+    m_ui.lblPictureMsg->hide();
     m_ui.lblSrcFileDets->clear();
     m_ui.lblSrcFileDets1->clear();
     if (m_controller.largePicture())
         m_controller.largePicture()->clearPicture();
+}
+
+void AllocationCommands::afterSave()
+{
+    m_controller.setSaveMade(true);
+    clearPhotoDisplay();
+    m_controller.updatePhotoCommands();
+}
+
+void AllocationCommands::rotate(bool clockwise)
+{
+    try {
+        if (m_operations->RotateSelected(clockwise))
+            m_controller.DisplaySrcFile();
+    } catch (const Error &e) {
+        lib_ErrorHandler(clockwise ? QStringLiteral("cmdRotateRight_Click()") : QStringLiteral("cmdRotateLeft_Click()"), e);
+    }
+}
+
+void AllocationCommands::removePhotos(bool putAside)
+{
+    std::optional<int> next;
+    try {
+        next = putAside ? m_operations->PutAsideSelected() : m_operations->DeleteSelected();
+    } catch (const Error &e) {
+        lib_ErrorHandler(putAside ? QStringLiteral("cmdMoveToTemp_Click()") : QStringLiteral("cmdDelete_Click()"), e);
+        next = -1; // part may have been done: show the list as it now is
+    }
+    if (!next)
+        return;
+    clearPhotoDisplay();
+    if (m_rememberedRow > 0 && m_ws.sourceList().positionOfRow(m_rememberedRow) >= 0) {
+        ReselectSrcFile();
+        m_rememberedRow = 0;
+    } else if (*next >= 0) {
+        m_ws.sourceList().clearSelection();
+        m_ws.sourceList().setSelected(*next, true);
+        displayAndScroll();
+    }
     m_controller.updatePhotoCommands();
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "workspace/photooperations.h"
+
 #include <QObject>
+#include <memory>
 
 class QWidget;
 
@@ -34,12 +37,16 @@ private:
     void showUndoLevels(const QString &text, bool reviewing, bool undoEnabled);
     void afterSave();
     void displayAndScroll();
+    void rotate(bool clockwise);
+    void removePhotos(bool putAside);
+    void clearPhotoDisplay();
 
     Workspace &m_ws;
     MainWindowLayout &m_ui;
     MainMenus &m_menus;
     WorkspaceController &m_controller;
     AllocationSave *m_save = nullptr;
+    std::unique_ptr<PhotoOperations> m_operations;
     int m_rememberedRow = 0;
 };
 

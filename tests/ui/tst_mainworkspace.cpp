@@ -200,6 +200,20 @@ private Q_SLOTS:
         QCOMPARE(w.findChild<QLabel *>(QStringLiteral("lblSrcFilesCnt"))->text(), QStringLiteral("5 photos"));
     }
 
+    void deleteThroughTheButton()
+    {
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        clickEntry(w, QStringLiteral("IMG_2.jpg"));
+        m_port->answer(true);
+        QTest::mouseClick(w.findChild<QPushButton *>(QStringLiteral("cmdDelete")), Qt::LeftButton);
+        QVERIFY(!QFile::exists(src(QStringLiteral("IMG_2.jpg"))));
+        QCOMPARE(w.findChild<QLabel *>(QStringLiteral("lblSrcFilesCnt"))->text(), QStringLiteral("3 photos"));
+        QCOMPARE(list(w, "lvwSrcFiles")->selectionModel()->selectedIndexes().size(), 1); // the next photo
+        QVERIFY(!w.findChild<QLabel *>(QStringLiteral("lblSrcFileDets"))->text().isEmpty());
+    }
+
     void missingPlaceholderEndsStartUp()
     {
         const QString placeholder = AppPaths::placeholderPicture();

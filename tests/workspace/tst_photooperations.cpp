@@ -1,0 +1,161 @@
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/apppaths.h"
+#include "lib/fileutils.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
+#include "support/testjpeg.h"
+#include "sync/batchfilejournal.h"
+#include "workspace/photooperations.h"
+#include "workspace/workspace.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImageReader>
+#include <QStandardPaths>
+#include <QTest>
+
+using namespace quillet;
+using namespace quillet::test;
+
+class TestPhotoOperations : public QObject
+{
+    Q_OBJECT
+
+    TestEnv *m_env = nullptr;
+    ScriptedPrompt *m_port = nullptr;
+    FamilyDatabase *m_db = nullptr;
+    Workspace *m_ws = nullptr;
+
+    QString src(const QString &name) const { return m_env->srcDir() + QLatin1Char('/') + name; }
+
+    void photo(const QString &name)
+    {
+        TestJpeg want;
+        want.size = QSize(64, 48); // whole JPEG blocks: the turn is exact
+        want.dateTaken = QStringLiteral("2024:03:05 09:00:00");
+        QVERIFY(writeTestJpeg(src(name), want));
+        lib_SetFileDate(src(name), QLatin1Char('M'), QDateTime(QDate(2024, 3, 5), QTime(9, 0)));
+    }
+
+    void load(bool thumbnails)
+    {
+        m_ws->options().thumbnails = thumbnails;
+        QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
+        m_port->progressCaptions.clear();
+    }
+
+    void select(const QStringList &names)
+    {
+        SourceListModel &list = m_ws->sourceList();
+        list.clearSelection();
+        for (int i = 0; i < list.rowCount(); ++i)
+            list.setSelected(i, names.contains(list.at(i).text));
+    }
+
+    static QByteArray journal()
+    {
+        QFile f(Batchfile::CurrentPath());
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_env = new TestEnv;
+        m_port = new ScriptedPrompt;
+        QVERIFY(m_env->makeInstallation());
+        WriteSetting(QStringLiteral("SrcDirInclSubs"), QStringLiteral("1"));
+        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
+        WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
+        Batchfile::SetBatchfileName(false);
+        m_db = new FamilyDatabase;
+        QVERIFY(m_db->OpenDatabase());
+        m_ws = new Workspace(*m_db, PhotoServices::Default());
+        m_ws->ReadSessionSettings();
+        m_ws->CreateUndos();
+        for (const char *name : {"a.jpg", "b.jpg", "c.jpg", "sub/d.jpg"})
+            photo(QLatin1String(name));
+    }
+    void cleanup()
+    {
+        delete m_ws;
+        delete m_db;
+        delete m_port;
+        delete m_env;
+        Batchfile::SetCurrentPath(QString());
+    }
+
+    void rotateTurnsKeepsTimeAndJournals()
+    {
+        load(true);
+        const QImage before = m_ws->sourceList().at(0).thumbnail;
+        select({QStringLiteral("a.jpg"), QStringLiteral("b.jpg")});
+        QVERIFY(PhotoOperations(*m_ws).RotateSelected(true));
+        QVERIFY(m_port->progressCaptions.isEmpty()); // two photos: no progress report
+        QCOMPARE(QImageReader(src(QStringLiteral("a.jpg"))).size(), QSize(48, 64));
+        QCOMPARE(lib_FileDate(src(QStringLiteral("a.jpg"))), QDateTime(QDate(2024, 3, 5), QTime(9, 0)));
+        QCOMPARE(m_ws->sourceList().at(0).thumbnail.size(), before.size().transposed());
+        QCOMPARE(journal().mid(journal().indexOf("RSR")), QByteArray("RSR\r\na.jpg\r\nRSR\r\nb.jpg\r\n"));
+
+        select({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg")});
+        QVERIFY(PhotoOperations(*m_ws).RotateSelected(false));
+        QCOMPARE(m_port->progressCaptions, QStringList{"Reloading thumbnails..."});
+        QCOMPARE(QImageReader(src(QStringLiteral("a.jpg"))).size(), QSize(64, 48));
+        QVERIFY(journal().endsWith("RSL\r\nc.jpg\r\n"));
+    }
+
+    void nothingSelectedNothingHappens()
+    {
+        load(false);
+        QVERIFY(!PhotoOperations(*m_ws).RotateSelected(true));
+        QVERIFY(!PhotoOperations(*m_ws).DeleteSelected().has_value());
+        QVERIFY(m_port->messages().isEmpty());
+        QVERIFY(!QFile::exists(Batchfile::CurrentPath()));
+    }
+
+    void deleteAsksAndSelectsTheNewLast()
+    {
+        load(false);
+        const int count = m_ws->sourceList().rowCount();
+        select({m_ws->sourceList().at(count - 1).text});
+        const QString last = m_ws->srcFiles().row(m_ws->sourceList().at(count - 1).row).PathFile;
+        m_port->answer(false);
+        QVERIFY(!PhotoOperations(*m_ws).DeleteSelected().has_value());
+        QVERIFY(QFile::exists(last));
+        m_port->answer(true);
+        QCOMPARE(PhotoOperations(*m_ws).DeleteSelected(), std::optional<int>(count - 2));
+        QCOMPARE(m_port->lastText(), QStringLiteral("Delete selected pictures (there is no built-in undo for this).  Are you sure?"));
+        QVERIFY(!QFile::exists(last));
+        QCOMPARE(m_ws->sourceList().rowCount(), count - 1);
+        const QString trash = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Trash/files");
+        QCOMPARE(QDir(trash).entryList(QDir::Files).size(), 1);
+        QVERIFY(journal().endsWith(QByteArray("DS\r\n" + Batchfile::RelativePath(last, m_env->srcDir()).toUtf8() + "\r\n")));
+    }
+
+    void putAsideMovesIntoTheFolderItself()
+    {
+        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("0"));
+        load(false);
+        select({QStringLiteral("d.jpg")});
+        m_port->answer(true);
+        QVERIFY(PhotoOperations(*m_ws).PutAsideSelected().has_value());
+        QVERIFY(m_port->lastText().startsWith(QStringLiteral("Move selected photos to temp folder ") + PhotoOperations::PutAsideDir()));
+        QVERIFY(m_port->lastText().endsWith(QStringLiteral(" (there is no built-in undo for this).  Are you sure?")));
+        QVERIFY(QFile::exists(PhotoOperations::PutAsideDir() + QStringLiteral("d.jpg")));
+        QVERIFY(!QFile::exists(src(QStringLiteral("sub/d.jpg"))));
+        QVERIFY(!QFile::exists(Batchfile::CurrentPath())); // batchfiles off: no journal touched
+    }
+
+    void putAsideJournalsTheSubfolder()
+    {
+        load(false);
+        select({QStringLiteral("d.jpg")});
+        m_port->answer(true);
+        PhotoOperations(*m_ws).PutAsideSelected();
+        QVERIFY(journal().endsWith("MS\r\nsub\\d.jpg\r\n"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPhotoOperations)
+#include "tst_photooperations.moc"
