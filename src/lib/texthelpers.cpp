@@ -151,6 +151,17 @@ double lib_ParseNumber(const QVariant &value)
     return ok ? v : 0;
 }
 
+QTime lib_ParseTimeOfDay(const QString &text)
+{
+    const QString t = text.trimmed();
+    for (const char *format : {"H:mm", "HH:mm", "H:mm:ss", "HH:mm:ss", "h:mm AP", "h:mm ap", "h:mm:ss AP"}) {
+        const QTime time = QTime::fromString(t, QLatin1String(format));
+        if (time.isValid())
+            return time;
+    }
+    return QTime();
+}
+
 bool lib_ToBool(const QString &value)
 {
     return lib_ParseNumber(value) != 0;

@@ -25,6 +25,9 @@ QString lib_AddWhere(const QString &field, const QString &op, const QVariant &va
 // A number from a loose value: Null 0, "true" -1, "false" 0, blank 0, otherwise the digits,
 // thousands commas, one decimal point, currency signs and blanks it is written with.
 double lib_ParseNumber(const QVariant &value);
+// A time of day as people and the database write it: "9:30", "09:30:00", "9:30 am". Invalid
+// when the text is no time.
+QTime lib_ParseTimeOfDay(const QString &text);
 // The common text-to-value conversion of settings: "1"/"true" true, "0"/"false"/"" false, other
 // numbers true when not 0.
 bool lib_ToBool(const QString &value);

@@ -28,24 +28,13 @@ using K = SettingsForm::Kind;
 const QString kCreateBatchs = QStringLiteral("CreateBatchs");
 const QString kBatchOnly = QStringLiteral("BatchOnly");
 
-QTime parseTime(const QString &text)
-{
-    const QString t = text.trimmed();
-    for (const char *format : {"H:mm", "H:mm:ss", "h:mm AP", "h:mm ap", "h:mm:ss AP"}) {
-        const QTime time = QTime::fromString(t, QLatin1String(format));
-        if (time.isValid())
-            return time;
-    }
-    return QTime();
-}
-
 QString timeText(const QVariant &value)
 {
     if (value.isNull())
         return QString();
     QTime t = value.typeId() == QMetaType::QDateTime ? value.toDateTime().time() : value.toTime();
     if (!t.isValid())
-        t = parseTime(value.toString());
+        t = lib_ParseTimeOfDay(value.toString());
     return t.isValid() ? t.toString(QStringLiteral("HH:mm")) : value.toString();
 }
 
@@ -248,7 +237,7 @@ bool SettingsForm::ValidateSettings()
             return false;
         }
         for (const auto &[key, caption] : {std::pair{"MorningSessEnd", "AM End"}, std::pair{"AfternoonSessEnd", "PM End"}}) {
-            if (!parseTime(value(QLatin1String(key))).isValid()) {
+            if (!lib_ParseTimeOfDay(value(QLatin1String(key))).isValid()) {
                 lib_MsgWarning(QLatin1String(caption) + QStringLiteral(" time is invalid"));
                 return false;
             }
@@ -279,7 +268,7 @@ SettingsForm::SaveResult SettingsForm::Save(SettingsDatabase &db)
         if (!f.dbParam) {
             WriteSetting(key, text);
         } else if (f.kind == K::Time) {
-            db.WriteParam(key, parseTime(text));
+            db.WriteParam(key, lib_ParseTimeOfDay(text));
         } else if (f.kind == K::Check) {
             db.WriteParam(key, text == QLatin1String("1") ? 1 : 0);
         } else {

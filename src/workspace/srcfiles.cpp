@@ -21,6 +21,18 @@ namespace {
 
 } // namespace
 
+bool SrcFiles::IsAcceptedName(const QString &name)
+{
+    const QString ext = name.right(4).toLower();
+    return ext == QLatin1String(".jpg") || ext == QLatin1String(".gif") || IsMovieName(name);
+}
+
+bool SrcFiles::IsMovieName(const QString &name)
+{
+    const QString ext = name.right(4).toLower();
+    return ext == QLatin1String(".mov") || ext == QLatin1String(".mp4") || ext == QLatin1String(".avi");
+}
+
 void SrcFiles::Clear()
 {
     m_rows.clear();

@@ -22,6 +22,12 @@ public:
         bool isAllocated() const { return Allocated == QLatin1String("-1"); }
     };
 
+    // The files the list takes: the last four characters, lower-cased, are ".jpg", ".gif",
+    // ".mov", ".mp4" or ".avi" (so "IMG_1.JPG" is taken and "IMG_1.jpeg" is not).
+    static bool IsAcceptedName(const QString &name);
+    // The movies among them, which the viewer cannot show.
+    static bool IsMovieName(const QString &name);
+
     int SrcFilesUndoCnt() const { return m_undoCount; }
     int SrcFilesCount() const { return int(m_rows.size()); }
 

@@ -8,6 +8,7 @@
 #include "lib/error.h"
 #include "lib/errorhandler.h"
 #include "lib/fileutils.h"
+#include "lib/texthelpers.h"
 
 #include <QFileInfo>
 
@@ -58,13 +59,8 @@ void Workspace::ReadSessionSettings()
     m_options.autoReselPriv = ReadSetting(QStringLiteral("AutoReselPriv")) == QLatin1String("1");
     m_options.beepOnDateChange = ReadSetting(QStringLiteral("BeepOnDtChg")) == QLatin1String("1");
     auto time = [this](const char *name, const QTime &fallback) {
-        const QString text = m_db.ReadParam(QLatin1String(name)).toString();
-        for (const char *format : {"HH:mm:ss", "H:mm:ss", "HH:mm", "H:mm"}) {
-            const QTime t = QTime::fromString(text, QLatin1String(format));
-            if (t.isValid())
-                return t;
-        }
-        return fallback;
+        const QTime t = lib_ParseTimeOfDay(m_db.ReadParam(QLatin1String(name)).toString());
+        return t.isValid() ? t : fallback;
     };
     m_options.morningEnd = time("MorningSessEnd", QTime(12, 30));
     m_options.afternoonEnd = time("AfternoonSessEnd", QTime(15, 30));
@@ -107,9 +103,7 @@ Workspace::PhotoView Workspace::ViewSelectedPhoto()
     view.beep = m_options.beepOnDateChange && (taken.date() != m_lastDay || session != m_lastSession);
     m_lastDay = taken.date();
     m_lastSession = session;
-    const QString ext = view.path.right(4).toLower();
-    const bool movie = ext == QLatin1String(".mov") || ext == QLatin1String(".mp4") || ext == QLatin1String(".avi");
-    view.kind = movie ? PhotoView::Movie : PhotoView::Picture;
+    view.kind = SrcFiles::IsMovieName(view.path) ? PhotoView::Movie : PhotoView::Picture;
     return view;
 }
 

@@ -19,17 +19,6 @@
 
 namespace quillet {
 
-namespace {
-
-bool isAcceptedName(const QString &name)
-{
-    const QString ext = name.right(4).toLower();
-    return ext == QLatin1String(".jpg") || ext == QLatin1String(".gif") || ext == QLatin1String(".mov")
-        || ext == QLatin1String(".mp4") || ext == QLatin1String(".avi");
-}
-
-} // namespace
-
 bool Workspace::scanSourceDir(bool debug, QStringList &debugLines)
 {
     m_srcFiles.ResetScanZone();
@@ -38,7 +27,7 @@ bool Workspace::scanSourceDir(bool debug, QStringList &debugLines)
     const bool recurse = ReadSetting(QStringLiteral("SrcDirInclSubs")) == QLatin1String("1");
     for (bool found = finder.FindFirstFile(srcDir, QStringLiteral("*.*"), recurse); found; found = finder.FindNextFile()) {
         const QString path = finder.FullFile();
-        if (!isAcceptedName(finder.File())) {
+        if (!SrcFiles::IsAcceptedName(finder.File())) {
             if (debug)
                 debugLines << QStringLiteral("false,") + path;
             continue;

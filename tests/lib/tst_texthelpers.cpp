@@ -108,6 +108,23 @@ private Q_SLOTS:
         QCOMPARE(lib_ParseNumber(value), expected);
     }
 
+    void timesOfDay_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QTime>("time");
+        QTest::newRow("short") << " 9:30 " << QTime(9, 30);
+        QTest::newRow("as the database stores it") << "12:30:00" << QTime(12, 30);
+        QTest::newRow("afternoon with pm") << "3:30 pm" << QTime(15, 30);
+        QTest::newRow("no such hour") << "25:00" << QTime();
+        QTest::newRow("words") << "half three" << QTime();
+    }
+    void timesOfDay()
+    {
+        QFETCH(QString, text);
+        QFETCH(QTime, time);
+        QCOMPARE(lib_ParseTimeOfDay(text), time);
+    }
+
     void settingsConversions()
     {
         QVERIFY(lib_ToBool(QStringLiteral("1")));
