@@ -1,6 +1,6 @@
 #include "settingsform.h"
 
-#include "settingsdatabase.h"
+#include "app/settingsdatabase.h"
 
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
@@ -19,7 +19,6 @@
 
 namespace quillet {
 
-SettingsDatabase::~SettingsDatabase() = default;
 
 namespace {
 
