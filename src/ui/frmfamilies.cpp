@@ -147,15 +147,16 @@ QWidget *frmFamilies::buildRecord()
 
 QLayout *frmFamilies::buildButtons()
 {
+    // Created in the order they stand, left to right, which is the order Tab visits them.
+    cmdCopyList = named(new QPushButton(QStringLiteral("Copy List"), this), "cmdCopyList");
+    cmdCopyList->setToolTip(QStringLiteral("Copy list of names to clipboard"));
+    cmdImport = named(new QPushButton(QStringLiteral("&Import"), this), "cmdImport");
+    cmdImport->setToolTip(QStringLiteral("Import list of days for ALL families marked as current"));
     lblMsg = named(new QLabel(this), "lblMsg");
     cmdAdd = named(new QPushButton(QStringLiteral("&Add"), this), "cmdAdd");
     cmdSave = named(new QPushButton(QStringLiteral("&Save"), this), "cmdSave");
     cmdDelete = named(new QPushButton(QStringLiteral("&Delete"), this), "cmdDelete");
     cmdCancel = named(new QPushButton(QStringLiteral("&Close"), this), "cmdCancel");
-    cmdCopyList = named(new QPushButton(QStringLiteral("Copy List"), this), "cmdCopyList");
-    cmdCopyList->setToolTip(QStringLiteral("Copy list of names to clipboard"));
-    cmdImport = named(new QPushButton(QStringLiteral("&Import"), this), "cmdImport");
-    cmdImport->setToolTip(QStringLiteral("Import list of days for ALL families marked as current"));
     // The attendance import is wired by its own change; until then the command is not offered.
     cmdImport->setEnabled(false);
     for (QPushButton *b : {cmdAdd, cmdSave, cmdDelete, cmdCancel, cmdCopyList, cmdImport})
