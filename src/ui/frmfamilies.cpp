@@ -1,4 +1,5 @@
 #include "frmfamilies.h"
+#include "widgetnames.h"
 
 #include "app/settingsstore.h"
 #include "lib/error.h"
@@ -19,13 +20,6 @@
 namespace quillet {
 
 namespace {
-
-template<typename W>
-W *named(W *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 constexpr int kIdRole = Qt::UserRole;
 constexpr int kKeyRole = Qt::UserRole + 1;
