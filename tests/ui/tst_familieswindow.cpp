@@ -142,6 +142,15 @@ private Q_SLOTS:
         QCOMPARE(child<QPushButton>(*f, "cmdCancel")->text(), QStringLiteral("&Close"));
         QVERIFY(f->isVisible());
 
+        // Closing the window over unsaved edits asks first; No keeps the window and the edits.
+        QTest::keyClicks(first, QStringLiteral("my"));
+        m_port->answer(false);
+        f->close();
+        QVERIFY(f->isVisible());
+        QCOMPARE(first->text(), QStringLiteral("Tommy"));
+        QCOMPARE(m_port->lastText(), QStringLiteral("The changes to this family are not saved. Close and lose them?"));
+        QTest::keyClick(first, Qt::Key_Escape);
+
         // Current families only is on by default; turning it off is remembered.
         QVERIFY(child<QCheckBox>(*f, "chkShowCurrFamsOnly")->isChecked());
         tick(child<QCheckBox>(*f, "chkShowCurrFamsOnly"));
