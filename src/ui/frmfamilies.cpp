@@ -64,9 +64,8 @@ QWidget *frmFamilies::buildList()
     return pane;
 }
 
-QWidget *frmFamilies::buildRecord()
+QLayout *frmFamilies::buildNames(QWidget *pane)
 {
-    auto *pane = new QWidget(this);
     auto *grid = new QGridLayout;
     int row = 0;
     const auto addField = [&](const QString &caption, const char *name) {
@@ -86,7 +85,11 @@ QWidget *frmFamilies::buildRecord()
     grid->addWidget(hint, row++, 1);
     txtLastName = addField(QStringLiteral("Last Name  (opt)"), "txtLastName");
     txtParent = addField(QStringLiteral("Parent  (opt)"), "txtParent");
+    return grid;
+}
 
+QLayout *frmFamilies::buildFlags(QWidget *pane)
+{
     chkCurrent = named(new QCheckBox(QStringLiteral("Current"), pane), "chkCurrent");
     chkCurrent->setToolTip(QStringLiteral("Current/non-current families can be filtered on the main form based on this"));
     chkNoUploadToWeb = named(new QCheckBox(QStringLiteral("No Upload To Web"), pane), "chkNoUploadToWeb");
@@ -95,7 +98,11 @@ QWidget *frmFamilies::buildRecord()
     for (QCheckBox *b : {chkCurrent, chkNoUploadToWeb, chkNoCopyToCd})
         flags->addWidget(b);
     flags->addStretch(1);
+    return flags;
+}
 
+QWidget *frmFamilies::buildDays(QWidget *pane)
+{
     auto *days = new QGroupBox(QStringLiteral("Days Attending"), pane);
     auto *dayGrid = new QGridLayout(days);
     const char *const weekdays[] = {"Mon", "Tue", "Wed", "Thu", "Fri"};
@@ -114,27 +121,34 @@ QWidget *frmFamilies::buildRecord()
     chkFamDaysOverride = named(new QCheckBox(QStringLiteral("Every session"), days), "chkFamDaysOverride");
     chkFamDaysOverride->setToolTip(QStringLiteral("Treat the family as attending every session"));
     dayGrid->addWidget(chkFamDaysOverride, 3, 1, 1, 5);
+    return days;
+}
 
+QLayout *frmFamilies::buildDates(QWidget *pane)
+{
     auto *dates = new QGridLayout;
     txtStartDate = named(new QLineEdit(pane), "txtStartDate");
     txtEndDate = named(new QLineEdit(pane), "txtEndDate");
-    for (QLineEdit *e : {txtStartDate, txtEndDate})
-        e->setPlaceholderText(QStringLiteral("yyyy-mm-dd"));
-    auto *startLabel = new QLabel(QStringLiteral("Start Date"), pane);
-    startLabel->setBuddy(txtStartDate);
-    auto *endLabel = new QLabel(QStringLiteral("End date"), pane);
-    endLabel->setBuddy(txtEndDate);
-    dates->addWidget(startLabel, 0, 0);
-    dates->addWidget(txtStartDate, 0, 1);
-    dates->addWidget(endLabel, 0, 2);
-    dates->addWidget(txtEndDate, 0, 3);
+    int column = 0;
+    for (const auto &[edit, caption] : {std::pair{txtStartDate, "Start Date"}, std::pair{txtEndDate, "End date"}}) {
+        edit->setPlaceholderText(QStringLiteral("yyyy-mm-dd"));
+        auto *label = new QLabel(QLatin1String(caption), pane);
+        label->setBuddy(edit);
+        dates->addWidget(label, 0, column++);
+        dates->addWidget(edit, 0, column++);
+    }
+    return dates;
+}
 
+QWidget *frmFamilies::buildRecord()
+{
+    auto *pane = new QWidget(this);
     auto *layout = new QVBoxLayout(pane);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addLayout(grid);
-    layout->addLayout(flags);
-    layout->addWidget(days);
-    layout->addLayout(dates);
+    layout->addLayout(buildNames(pane));
+    layout->addLayout(buildFlags(pane));
+    layout->addWidget(buildDays(pane));
+    layout->addLayout(buildDates(pane));
     layout->addStretch(1);
     return pane;
 }

@@ -41,6 +41,10 @@ protected:
 private:
     QWidget *buildList();
     QWidget *buildRecord();
+    QLayout *buildNames(QWidget *pane);
+    QLayout *buildFlags(QWidget *pane);
+    QWidget *buildDays(QWidget *pane);
+    QLayout *buildDates(QWidget *pane);
     QLayout *buildButtons();
     void wire();
     void markDirty() { m_editor.setDirty(true); }
