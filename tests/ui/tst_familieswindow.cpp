@@ -188,6 +188,25 @@ private Q_SLOTS:
         QCOMPARE(chain, expected);
     }
 
+    void leavingChangedLastNameWarns()
+    {
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        frmFamilies *f = openEditor(w);
+        QVERIFY(QTest::qWaitForWindowExposed(f));
+        auto *last = child<QLineEdit>(*f, "txtLastName");
+        last->setFocus();
+        QTRY_VERIFY(last->hasFocus());
+        QTest::keyClick(last, Qt::Key_Backspace);
+        QTest::keyClick(last, Qt::Key_Tab);
+        QCOMPARE(m_port->lastText(), QStringLiteral("Warning: if you are trying to add a NEW family, do not simply rename an old one. "
+                                                    "Start a new entry instead."));
+        QCOMPARE(last->text(), QStringLiteral("Brow")); // the edit is kept
+        QCOMPARE(child<QPushButton>(*f, "cmdCancel")->text(), QStringLiteral("&Cancel"));
+        m_port->answer(true); // closing the main window asks before the edits go
+    }
+
     void deleteFromWindow()
     {
         QDir().mkpath(m_env->tgtDir() + QStringLiteral("/Tom Brown"));
