@@ -367,8 +367,12 @@ bool FamilyEditor::Delete(int familyId, const QString &entryText)
     // could be another family's folder.
     const QString folderName = folderOf(stored);
     const QString folder = familyFolder(ReadSetting(QStringLiteral("TgtDir")), folderName);
-    if (!folder.isEmpty() && !lib_DeleteDir(folder, false))
+    if (!folder.isEmpty() && !lib_DeleteDir(folder, false)) {
+        lib_MsgWarning(QStringLiteral("The folder ") + folder
+                       + QStringLiteral(" could not be deleted, so the family has been kept. Close any program that "
+                                        "uses the folder and try again."));
         return false;
+    }
     if (journalling()) {
         BatchfileWriter journal;
         journal.entry(Batchfile::kDeleteTargetDir, {folderName});
