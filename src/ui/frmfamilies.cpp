@@ -327,7 +327,12 @@ int frmFamilies::selectedFamilyId() const
 
 void frmFamilies::onAdd()
 {
-    lvwFamilies->clearSelection();
+    {
+        // No entry is current either, so a click on the one shown before Add shows it again.
+        const QSignalBlocker quiet(lvwFamilies);
+        lvwFamilies->setCurrentRow(-1);
+        lvwFamilies->clearSelection();
+    }
     FamilyFields fresh;
     showFields(fresh);
     txtFirstName->setFocus();

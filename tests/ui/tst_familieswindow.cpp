@@ -222,6 +222,21 @@ private Q_SLOTS:
         QCOMPARE(mainFamilies(w), QStringList{"(Staff)"});
         QVERIFY(child<QPushButton>(*f, "cmdAdd")->hasFocus());
     }
+
+    void clickAfterAddShowsTheEntryAgain()
+    {
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        frmFamilies *f = openEditor(w);
+        QVERIFY(QTest::qWaitForWindowExposed(f));
+        QTest::mouseClick(child<QPushButton>(*f, "cmdAdd"), Qt::LeftButton);
+        QVERIFY(child<QLineEdit>(*f, "txtFirstName")->text().isEmpty());
+        auto *list = child<QListWidget>(*f, "lvwFamilies");
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(0)).center());
+        QCOMPARE(child<QLineEdit>(*f, "txtFirstName")->text(), QStringLiteral("Tom"));
+        QVERIFY(child<QPushButton>(*f, "cmdDelete")->isEnabled());
+    }
 };
 
 QTEST_MAIN(TestFamiliesWindow)
