@@ -3,12 +3,14 @@
 #include "app/settingsstore.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
+#include "lib/fileutils.h"
 #include "ui/frmfamilies.h"
 #include "ui/frmmain.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QDir>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -221,6 +223,42 @@ private Q_SLOTS:
         QVERIFY(!QDir(m_env->tgtDir() + QStringLiteral("/Tom Brown")).exists());
         QCOMPARE(mainFamilies(w), QStringList{"(Staff)"});
         QVERIFY(child<QPushButton>(*f, "cmdAdd")->hasFocus());
+    }
+
+    // The main window's list filtered to the photo's session follows the editor at once: a family
+    // given that session appears beside the one already listed, and the indicator stays on it.
+    void dayFilterFollowsEditedAttendance()
+    {
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, FamDaysTam) VALUES (3,'Ann','Lee',True)"));
+        }
+        QImage image(40, 30, QImage::Format_RGB32);
+        image.fill(Qt::darkBlue);
+        const QString photo = m_env->srcDir() + QStringLiteral("/IMG_1.jpg");
+        QVERIFY(image.save(photo, "JPG"));
+        lib_SetFileDate(photo, QLatin1Char('M'), QDateTime(QDate(2024, 3, 5), QTime(9, 0))); // a Tuesday morning
+        frmMain w;
+        w.resize(1100, 760);
+        w.show();
+        QVERIFY(w.StartUp());
+        auto *photos = w.findChild<QListView *>(QStringLiteral("lvwSrcFiles"));
+        QTRY_COMPARE(photos->model()->rowCount(), 1);
+        const QModelIndex first = photos->model()->index(0, 0);
+        QTest::mouseClick(photos->viewport(), Qt::LeftButton, {}, photos->visualRect(first).center());
+        QTRY_COMPARE(mainFamilies(w), QStringList{"Ann Lee"});
+
+        frmFamilies *f = openEditor(w);
+        QVERIFY(QTest::qWaitForWindowExposed(f));
+        QCOMPARE(child<QLineEdit>(*f, "txtFirstName")->text(), QStringLiteral("Ann"));
+        auto *list = child<QListWidget>(*f, "lvwFamilies");
+        list->setCurrentRow(1); // Tom Brown
+        QCOMPARE(child<QLineEdit>(*f, "txtFirstName")->text(), QStringLiteral("Tom"));
+        tick(child<QCheckBox>(*f, "chkFamDaysTam"));
+        QTest::mouseClick(child<QPushButton>(*f, "cmdSave"), Qt::LeftButton);
+        QCOMPARE(mainFamilies(w), (QStringList{"Ann Lee", "Tom Brown"}));
+        QVERIFY(w.findChild<QCheckBox *>(QStringLiteral("chkFilterFamsTam"))->isChecked());
     }
 
     void clickAfterAddShowsTheEntryAgain()
