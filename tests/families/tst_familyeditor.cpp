@@ -300,6 +300,34 @@ private Q_SLOTS:
         QVERIFY(!folderExists(QStringLiteral("Tom Brown")));
     }
 
+    // A name written into the database by another tool may point outside the Target Dir: the
+    // editor never deletes or moves anything there.
+    void namesReachingOutsideTargetDirTouchNothing_data()
+    {
+        QTest::addColumn<QString>("first");
+        QTest::newRow("parent folder") << "../victim";
+        QTest::newRow("dots") << "..";
+    }
+    void namesReachingOutsideTargetDirTouchNothing()
+    {
+        QFETCH(QString, first);
+        QDir().mkpath(m_env->path(QStringLiteral("victim")));
+        QVERIFY(QFile(m_env->path(QStringLiteral("victim/keep.jpg"))).open(QIODevice::WriteOnly));
+        const int id = int(m_db->insert(QStringLiteral("INSERT INTO tblFamilies (FirstName) VALUES (?)"), {first}));
+        FamilyEditor editor(*m_db);
+        editor.LoadList(false, false);
+        FamilyFields f = editor.Fields(id);
+        f.firstName = QStringLiteral("Safe");
+        QCOMPARE(editor.Save(f), id);
+        QVERIFY(QFile::exists(m_env->path(QStringLiteral("victim/keep.jpg"))));
+        m_db->exec(QStringLiteral("UPDATE tblFamilies SET FirstName=? WHERE FamilyID=?"), {first, id});
+        m_port->choose(QStringLiteral("YES"));
+        QVERIFY(editor.Delete(id, first));
+        QVERIFY(row(id).isEmpty());
+        QVERIFY(QFile::exists(m_env->path(QStringLiteral("victim/keep.jpg"))));
+        QVERIFY(QDir(m_env->tgtDir()).exists());
+    }
+
     void obrienThroughEveryStatement()
     {
         const int id = addFamily(QStringLiteral("Sean"), QStringLiteral("O'Brien"));
