@@ -3,6 +3,7 @@
 #include "app/settingsstore.h"
 #include "allocationcommands.h"
 #include "frmsettings.h"
+#include "keyboardcommands.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
 #include "sync/batchfilejournal.h"
@@ -40,6 +41,7 @@ frmMain::frmMain(QWidget *parent)
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
+    new KeyboardCommands(m_ui, m_menus, *m_controller, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
     connect(m_controller, &WorkspaceController::fatal, this, [this] {

@@ -34,7 +34,17 @@ WorkspaceController::WorkspaceController(Workspace &workspace, MainWindowLayout 
     m_familyMirror = new SelectionMirror(m_ui.lstFamilies, FamilyListModel::SelectedRole,
                                          [this](int p, bool on) { m_ws.familyList().setSelected(p, on); });
 
-    connect(m_ui.lvwSrcFiles, &QListView::clicked, this, &WorkspaceController::onSourceClicked);
+    // A click and the keys (arrows, Home/End, Page keys, Shift/Ctrl for several) select alike and
+    // show alike: the viewer follows every change of the selection the user makes.
+    connect(m_sourceMirror, &SelectionMirror::userChanged, this, &WorkspaceController::onSourceSelectionChanged);
+    connect(m_ui.lvwSrcFiles, &QListView::clicked, this, [this](const QModelIndex &index) {
+        // The press that selected this entry has shown it already.
+        if (QPersistentModelIndex(index) == m_shownBySelection) {
+            m_shownBySelection = QPersistentModelIndex();
+            return;
+        }
+        onSourceClicked(index);
+    });
     connect(m_ui.lvwSrcFiles, &QListView::doubleClicked, this, &WorkspaceController::openLargePicture);
     connect(m_ui.imgPic, &PictureBox::doubleClicked, this, [this] {
         if (m_ui.imgPic->hasPicture())
@@ -62,7 +72,8 @@ WorkspaceController::WorkspaceController(Workspace &workspace, MainWindowLayout 
         QStringLiteral("Automatically filter the families shown according to the days they are expected on session, "
                        "matching the date/time of the photo"));
 
-    connect(m_ui.lstFamilies, &QListView::clicked, this, &WorkspaceController::onFamilyClicked);
+    // Ticking a family with the mouse or with Space counts the same.
+    connect(m_familyMirror, &SelectionMirror::userChanged, this, &WorkspaceController::onFamilyClicked);
     connect(&m_ws.familyList(), &FamilyListModel::selectionChanged, this, &WorkspaceController::updateSaveState);
     connect(m_ui.cmdSelectAll, &QPushButton::clicked, this, [this] {
         m_ws.SelectAllFamilies();
@@ -173,6 +184,23 @@ void WorkspaceController::onFamilyOptionToggled(const char *key)
     WriteSetting(QLatin1String(key), on);
 }
 
+void WorkspaceController::onSourceSelectionChanged()
+{
+    if (m_loading)
+        return;
+    QListView *view = m_ui.lvwSrcFiles;
+    QModelIndex index = view->currentIndex();
+    if (!view->selectionModel()->isSelected(index)) {
+        const QList<int> positions = m_ws.sourceList().selectedPositions();
+        index = positions.isEmpty() ? QModelIndex() : m_ws.sourceList().index(positions.first());
+    }
+    m_shownBySelection = index;
+    if (index.isValid())
+        onSourceClicked(index);
+    else
+        updatePhotoCommands();
+}
+
 void WorkspaceController::onSourceClicked(const QModelIndex &index)
 {
     if (!index.isValid() || !m_ws.SrcItemClicked(index.row()))
@@ -228,12 +256,10 @@ void WorkspaceController::DisplaySrcFile(bool ignoreReviewingUndo)
             m_largePic->clearPicture();
     }
     updatePhotoCommands();
-    if (m_ws.options().filterByDay && !m_ws.reviewing()) {
-        try {
-            m_ws.LoadFamilies(std::nullopt, std::nullopt, true, true, std::nullopt);
-        } catch (const Error &e) {
-            lib_ErrorHandler(QStringLiteral("LoadFamilies"), e);
-        }
+    try {
+        m_ws.FollowPhotoWithFamilies();
+    } catch (const Error &e) {
+        lib_ErrorHandler(QStringLiteral("LoadFamilies"), e);
     }
 }
 
@@ -264,8 +290,10 @@ void WorkspaceController::updateSaveState()
 
 void WorkspaceController::onFamilyClicked()
 {
-    m_ws.sourceList().HighlightSourceSelections(true);
+    if (!m_ws.reviewing())
+        m_ws.sourceList().HighlightSourceSelections(true);
     updateSaveState();
+    Q_EMIT familiesChosen();
 }
 
 void WorkspaceController::showFamiliesBothDays()

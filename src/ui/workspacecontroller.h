@@ -4,6 +4,7 @@
 #include "workspace/workspace.h"
 
 #include <QObject>
+#include <QPersistentModelIndex>
 #include <QPointer>
 
 namespace quillet {
@@ -41,10 +42,13 @@ public:
 Q_SIGNALS:
     // The placeholder picture is missing: the program cannot go on.
     void fatal();
+    // The user ticked or cleared a family (mouse or keys).
+    void familiesChosen();
 
 private:
     void configureSourceView();
     void onSourceClicked(const QModelIndex &index);
+    void onSourceSelectionChanged();
     void onSourceOptionToggled(const char *key, bool reloadKeepsSelection);
     void onFamilyOptionToggled(const char *key);
     void onFamilyClicked();
@@ -60,6 +64,7 @@ private:
     SelectionMirror *m_sourceMirror = nullptr;
     SelectionMirror *m_familyMirror = nullptr;
     QPointer<frmLargePic> m_largePic;
+    QPersistentModelIndex m_shownBySelection; // shown when the selection changed, before its click
     bool m_saveMade = false;
     bool m_loading = false;
 };
