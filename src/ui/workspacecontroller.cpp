@@ -5,6 +5,7 @@
 #include "mainwindowlayout.h"
 #include "picturebox.h"
 #include "selectionmirror.h"
+#include "thumbnaildelegate.h"
 
 #include "app/settingsstore.h"
 #include "lib/appstate.h"
@@ -17,6 +18,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 
 namespace quillet {
 
@@ -28,6 +30,8 @@ WorkspaceController::WorkspaceController(Workspace &workspace, MainWindowLayout 
     , m_window(window)
 {
     m_ui.lvwSrcFiles->setModel(&m_ws.sourceList());
+    m_thumbnailDelegate = new ThumbnailDelegate(this);
+    m_textDelegate = new QStyledItemDelegate(this);
     m_ui.lstFamilies->setModel(&m_ws.familyList());
     m_sourceMirror = new SelectionMirror(m_ui.lvwSrcFiles, SourceListModel::SelectedRole,
                                          [this](int p, bool on) { m_ws.sourceList().setSelected(p, on); });
@@ -91,8 +95,11 @@ void WorkspaceController::configureSourceView()
     QListView *view = m_ui.lvwSrcFiles;
     if (m_ws.options().thumbnails) {
         view->setViewMode(QListView::IconMode);
-        view->setIconSize(QSize(96, 96));
-        view->setGridSize(QSize(104, 104));
+        view->setIconSize(QSize(ThumbnailDelegate::kPicture, ThumbnailDelegate::kPicture));
+        // Cells touch, so that a group's band runs on from one photo to the next.
+        view->setSpacing(0);
+        view->setGridSize(ThumbnailDelegate::cellSize(view->fontMetrics()));
+        view->setItemDelegate(m_thumbnailDelegate);
         view->setResizeMode(QListView::Adjust);
         view->setMovement(QListView::Static);
         view->setWordWrap(false);
@@ -100,6 +107,7 @@ void WorkspaceController::configureSourceView()
         view->setViewMode(QListView::ListMode);
         view->setIconSize(QSize(12, 12));
         view->setGridSize(QSize());
+        view->setItemDelegate(m_textDelegate);
     }
     view->setSelectionMode(QAbstractItemView::ExtendedSelection);
 }

@@ -62,6 +62,8 @@ private:
     MainMenus &m_menus;
     QWidget *m_window;
     SelectionMirror *m_sourceMirror = nullptr;
+    class ThumbnailDelegate *m_thumbnailDelegate = nullptr;
+    class QStyledItemDelegate *m_textDelegate = nullptr;
     SelectionMirror *m_familyMirror = nullptr;
     QPointer<frmLargePic> m_largePic;
     QPersistentModelIndex m_shownBySelection; // shown when the selection changed, before its click
