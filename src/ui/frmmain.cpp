@@ -167,7 +167,7 @@ bool frmMain::InitData()
     m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
     if (IsPortableCopy() && ReadSetting(QStringLiteral("CreateBatchs")) == QLatin1String("1"))
         lib_MakePath(ReadSetting(QStringLiteral("PortCopyOrigCopyDir")));
-    setStatus(QString());
+    setStatus(m_controller->loadNote()); // a stopped load keeps saying that the list is incomplete
     return true;
 }
 

@@ -142,6 +142,11 @@ bool WorkspaceController::LoadSource()
         Q_EMIT fatal();
         return false;
     }
+    m_loadNote = result == Workspace::LoadResult::Cancelled
+        ? QStringLiteral("Loading was stopped: the list shows only the photos loaded so far. Choose Refresh (F5) to "
+                         "load them all.")
+        : QString();
+    m_ui.lblMsg->setText(m_loadNote);
     return true;
 }
 

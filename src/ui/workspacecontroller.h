@@ -27,6 +27,8 @@ public:
     // Rebuilds the photo list (covered by "Loading..." while it runs). False when the program
     // must end (the thumbnail placeholder is missing).
     bool LoadSource();
+    // What the status line keeps saying after the last load: that it was stopped part-way, else "".
+    const QString &loadNote() const { return m_loadNote; }
     // Shows the selected photo, its name and date; sets the photo commands.
     void DisplaySrcFile(bool ignoreReviewingUndo = false);
     // Enables Save and its menu entry when the selections allow it.
@@ -69,6 +71,7 @@ private:
     QPersistentModelIndex m_shownBySelection; // shown when the selection changed, before its click
     bool m_saveMade = false;
     bool m_loading = false;
+    QString m_loadNote;
 };
 
 } // namespace quillet
