@@ -119,6 +119,8 @@ bool frmMain::StartUp()
     QGuiApplication::restoreOverrideCursor();
     if (m_fatal)
         return false;
+    // The keys work from the start: the photo list has the focus, its first key shows a photo.
+    m_ui.lvwSrcFiles->setFocus(Qt::OtherFocusReason);
     appState().systemLoaded = true;
     return true;
 }

@@ -122,12 +122,16 @@ bool KeyboardCommands::eventFilter(QObject *watched, QEvent *event)
 bool KeyboardCommands::photoListKey(QKeyEvent *key)
 {
     QListView *view = m_ui.lvwSrcFiles;
-    const QModelIndex current = view->currentIndex();
-    if (!plain(key) || !current.isValid())
-        return false;
     QItemSelectionModel *selection = view->selectionModel();
     const bool space = key->key() == Qt::Key_Space;
     const bool enter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+    QModelIndex current = view->currentIndex();
+    if (!current.isValid() && (space || enter) && view->model()->rowCount() > 0) {
+        current = view->model()->index(0, 0); // no entry current yet: the first photo
+        selection->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    }
+    if (!plain(key) || !current.isValid())
+        return false;
     if (!space && !enter) {
         // The list puts its current entry on the first photo when it gets the focus, without
         // selecting it: the first key then shows that photo rather than step past it unseen.

@@ -63,7 +63,7 @@ class TestKeyboard : public QObject
         QVERIFY(m_w->StartUp());
         QApplication::setActiveWindow(m_w);
         QVERIFY(QTest::qWaitForWindowActive(m_w));
-        photos()->setFocus(Qt::OtherFocusReason);
+        QCOMPARE(QApplication::focusWidget(), photos());
     }
 
     QListView *photos() const { return m_w->findChild<QListView *>(QStringLiteral("lvwSrcFiles")); }
@@ -111,6 +111,23 @@ private Q_SLOTS:
         delete m_port;
         delete m_env;
         Batchfile::SetCurrentPath(QString());
+    }
+
+    void firstKeyShowsTheFirstPhoto_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::newRow("Down") << int(Qt::Key_Down);
+        QTest::newRow("Space") << int(Qt::Key_Space);
+        QTest::newRow("Home") << int(Qt::Key_Home);
+    }
+    void firstKeyShowsTheFirstPhoto()
+    {
+        QFETCH(int, key);
+        start();
+        QCOMPARE(shown(), QString()); // nothing on view before a key
+        this->key(Qt::Key(key));
+        QCOMPARE(shown(), QStringLiteral("IMG_0041.jpg"));
+        QCOMPARE(m_w->workspace().sourceList().selectedPositions(), QList<int>{0});
     }
 
     void arrowsThenCtrlSSavesThePhotoOnView()
