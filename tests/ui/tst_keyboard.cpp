@@ -215,11 +215,27 @@ private Q_SLOTS:
             key(Qt::Key_F6);
             QCOMPARE(QApplication::focusWidget(), photos());
         }
-        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0044.jpg"))));
-        QCOMPARE(m_w->workspace().undos().UndoLevelMax(), 3);
+        // The fourth goes to the same family as the third: repeat and save.
+        QCOMPARE(shown(), QStringLiteral("IMG_0044.jpg"));
+        key(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0044(#12#).jpg"))));
+        QCOMPARE(m_w->workspace().undos().UndoLevelMax(), 4);
         // Undo from the keyboard takes back the last one.
         key(Qt::Key_Z, Qt::ControlModifier);
-        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0043.jpg"))));
+        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0044.jpg"))));
+        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0043(#12#).jpg"))));
+    }
+
+    void rotateKeys()
+    {
+        start();
+        key(Qt::Key_Down);
+        key(Qt::Key_Down); // IMG_0042
+        key(Qt::Key_R, Qt::ControlModifier);
+        QCOMPARE(QImage(src(QStringLiteral("IMG_0042.jpg"))).size(), QSize(48, 64));
+        QCOMPARE(QImage(src(QStringLiteral("IMG_0041.jpg"))).size(), QSize(64, 48));
+        key(Qt::Key_L, Qt::ControlModifier);
+        QCOMPARE(QImage(src(QStringLiteral("IMG_0042.jpg"))).size(), QSize(64, 48));
     }
 
     void returnOpensAndEscapeClosesTheLargePicture()
