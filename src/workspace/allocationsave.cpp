@@ -246,7 +246,10 @@ bool AllocationSave::copyToFamily(Run &run, const QString &source, const QString
     const bool plain = excluded || !run.targetResize;
     bool made = false;
     try {
-        lib_MakePath(targetDir);
+        if (!lib_MakePath(targetDir))
+            throw Error(kLibErrorNumber, QStringLiteral("Lib09.lib_MakePath"),
+                        QStringLiteral("Could not create the folder ") + targetDir + QStringLiteral("\r\n")
+                            + appState().lastSystemError);
         if (plain) {
             lib_CopyFile(source, target, true);
         } else if (!m_resizedCopy(source, target, run.resizeMD, run.resizeQ)) {
