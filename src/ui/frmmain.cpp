@@ -4,6 +4,7 @@
 #include "allocationcommands.h"
 #include "frmfamilies.h"
 #include "frmsettings.h"
+#include "keyboardcommands.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
 #include "sync/batchfilejournal.h"
@@ -41,6 +42,7 @@ frmMain::frmMain(QWidget *parent)
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
+    new KeyboardCommands(m_ui, m_menus, *m_controller, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
     connect(m_controller, &WorkspaceController::fatal, this, [this] {
@@ -118,6 +120,8 @@ bool frmMain::StartUp()
     QGuiApplication::restoreOverrideCursor();
     if (m_fatal)
         return false;
+    // The keys work from the start: the photo list has the focus, its first key shows a photo.
+    m_ui.lvwSrcFiles->setFocus(Qt::OtherFocusReason);
     appState().systemLoaded = true;
     return true;
 }
@@ -166,7 +170,7 @@ bool frmMain::InitData()
     m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
     if (IsPortableCopy() && ReadSetting(QStringLiteral("CreateBatchs")) == QLatin1String("1"))
         lib_MakePath(ReadSetting(QStringLiteral("PortCopyOrigCopyDir")));
-    setStatus(QString());
+    setStatus(m_controller->loadNote()); // a stopped load keeps saying that the list is incomplete
     return true;
 }
 

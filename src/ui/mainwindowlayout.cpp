@@ -129,7 +129,10 @@ QWidget *MainWindowLayout::buildPicturePane(QWidget *parent)
         rotate->setMaximumWidth(rotate->fontMetrics().height() * 3);
     }
     cmdDelete = button(pane, "cmdDelete", QStringLiteral("&Delete"), QStringLiteral("Delete selected pictures"));
-    cmdMoveToTemp = button(pane, "cmdMoveToTemp", QStringLiteral("Put &Aside"),
+    // "Put &Aside" would share Alt+A with "Select &All", and a shared mnemonic only moves the focus
+    // between the two: Select All (used for every group photo) keeps Alt+A, Put aside takes Alt+I
+    // (and Ctrl+M).
+    cmdMoveToTemp = button(pane, "cmdMoveToTemp", QStringLiteral("Put As&ide"),
                            QStringLiteral("Move selected pictures to a temporary directory (they are put aside rather "
                                           "than deleted)"));
     auto *operations = new QHBoxLayout;

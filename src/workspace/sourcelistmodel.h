@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractListModel>
+#include <QDateTime>
 #include <QImage>
 #include <QList>
 #include <functional>
@@ -22,6 +23,7 @@ public:
         ColourRole,                 // the small icon: "BLACK", "BLKWHT", "BLUE" or "RED"
         SelectedRole,
         GhostedRole,
+        TakenRole,                  // QDateTime the photo was taken (unallocated photos), else invalid
     };
 
     struct Entry
@@ -33,6 +35,7 @@ public:
         QImage thumbnail;
         bool selected = false;
         bool ghosted = false;
+        QDateTime taken; // the date that placed the photo in its day/session group
     };
 
     explicit SourceListModel(QObject *parent = nullptr);

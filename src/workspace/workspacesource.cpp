@@ -159,6 +159,7 @@ void Workspace::fillList(bool removeAllocated)
         } else {
             entry.tag = QStringLiteral("BLACK");
             entry.colour = grouping.next(w.date);
+            entry.taken = w.date;
         }
         if (thumbnails) {
             entry.thumbnail = !needThumb.at(k) ? m_thumbnails.value(entry.row)
