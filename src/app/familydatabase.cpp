@@ -230,13 +230,11 @@ void FamilyDatabase::CloseDatabase()
     }
 }
 
-QList<QSqlRecord> FamilyDatabase::select(const QString &jetSql) const
+QList<QSqlRecord> FamilyDatabase::select(const QString &jetSql, const QVariantList &values) const
 {
     QSqlQuery q(connection());
     q.setForwardOnly(true);
-    if (!q.exec(translateJetSql(jetSql)))
-        throw Error(kObjectErrorBase + 1, QStringLiteral("FamilyDatabase"),
-                    sqlError(q.lastError()) + QStringLiteral("\r\nSQL: ") + jetSql);
+    run(q, jetSql, values);
     QList<QSqlRecord> rows;
     while (q.next())
         rows << q.record();

@@ -40,7 +40,7 @@ public:
 
     // Runs a statement; throws Error with the database's message when it fails. Values bind to
     // "?" in order: booleans are stored as -1/0, dates and times as storedDateText.
-    QList<QSqlRecord> select(const QString &jetSql) const;
+    QList<QSqlRecord> select(const QString &jetSql, const QVariantList &values = {}) const;
     void exec(const QString &jetSql, const QVariantList &values = {}) const;
     // Runs an INSERT and returns the key the database gave the new row (a new FamilyID).
     qint64 insert(const QString &jetSql, const QVariantList &values = {}) const;
