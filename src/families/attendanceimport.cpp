@@ -73,6 +73,10 @@ bool AttendanceImport::run()
     return m_familiesUpdated > 0;
 }
 
+// The workbook is read and written directly: no spreadsheet program is attached to or started
+// ("Excel.Application"), so there is no message asking the user to acknowledge that program's own
+// messages while it opens the workbook ("Opening selected workbook now, ..."). Instead the user is
+// offered to open the workbook afterwards, when names were not found.
 void AttendanceImport::importFile(const QString &path)
 {
     m_familiesUpdated = 0;
