@@ -110,6 +110,42 @@ QByteArray xlsxStyles()
         .toUtf8();
 }
 
+// The parts of an .xlsx that do not depend on its rows: content types, relationships, the
+// workbook with its two sheets, and the styles.
+QList<QPair<QString, QByteArray>> xlsxPackage()
+{
+    const QString types = QLatin1String(kXmlDecl) + QStringLiteral(
+        "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
+        "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package.relationships+xml\"/>"
+        "<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
+        "<Override PartName=\"/xl/workbook.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.sheet.main+xml\"/>"
+        "<Override PartName=\"/xl/worksheets/sheet1.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml\"/>"
+        "<Override PartName=\"/xl/worksheets/sheet2.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml\"/>"
+        "<Override PartName=\"/xl/styles.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.styles+xml\"/>"
+        "<Override PartName=\"/xl/sharedStrings.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.sharedStrings+xml\"/>"
+        "</Types>");
+    const QString rootRels = QLatin1String(kXmlDecl) + QStringLiteral(
+        "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+        "<Relationship Id=\"rId1\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" Target=\"xl/workbook.xml\"/>"
+        "</Relationships>");
+    // The sheets are listed Days first although their relationships run the other way round.
+    const QString workbook = QLatin1String(kXmlDecl) + QStringLiteral(
+        "<workbook xmlns=\"%1\" xmlns:r=\"%2\"><sheets><sheet name=\"Days\" sheetId=\"1\" r:id=\"rId2\"/>"
+        "<sheet name=\"Notes\" sheetId=\"2\" r:id=\"rId1\"/></sheets></workbook>").arg(QLatin1String(kMainNs), QLatin1String(kRelNs));
+    const QString workbookRels = QLatin1String(kXmlDecl) + QStringLiteral(
+        "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+        "<Relationship Id=\"rId1\" Type=\"%1/worksheet\" Target=\"worksheets/sheet2.xml\"/>"
+        "<Relationship Id=\"rId2\" Type=\"%1/worksheet\" Target=\"worksheets/sheet1.xml\"/>"
+        "<Relationship Id=\"rId3\" Type=\"%1/styles\" Target=\"styles.xml\"/>"
+        "<Relationship Id=\"rId4\" Type=\"%1/sharedStrings\" Target=\"sharedStrings.xml\"/>"
+        "</Relationships>").arg(QLatin1String(kRelNs));
+    return {{QStringLiteral("[Content_Types].xml"), types.toUtf8()},
+            {QStringLiteral("_rels/.rels"), rootRels.toUtf8()},
+            {QStringLiteral("xl/workbook.xml"), workbook.toUtf8()},
+            {QStringLiteral("xl/_rels/workbook.xml.rels"), workbookRels.toUtf8()},
+            {QStringLiteral("xl/styles.xml"), xlsxStyles()}};
+}
+
 } // namespace
 
 QList<SheetRow> attendanceRows()
@@ -143,39 +179,11 @@ QByteArray makeXlsx(const QList<SheetRow> &rows)
     for (const QString &s : std::as_const(strings.list))
         shared += QStringLiteral("<si><t xml:space=\"preserve\">") + esc(s) + QStringLiteral("</t></si>");
     shared += QStringLiteral("</sst>");
-    const QString types = QLatin1String(kXmlDecl) + QStringLiteral(
-        "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
-        "<Default Extension=\"rels\" ContentType=\"application/vnd.openxmlformats-package.relationships+xml\"/>"
-        "<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
-        "<Override PartName=\"/xl/workbook.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.sheet.main+xml\"/>"
-        "<Override PartName=\"/xl/worksheets/sheet1.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml\"/>"
-        "<Override PartName=\"/xl/worksheets/sheet2.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml\"/>"
-        "<Override PartName=\"/xl/styles.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.styles+xml\"/>"
-        "<Override PartName=\"/xl/sharedStrings.xml\" ContentType=\"application/vnd.openxmlformats-officedocument.spreadsheetml.sharedStrings+xml\"/>"
-        "</Types>");
-    const QString rootRels = QLatin1String(kXmlDecl) + QStringLiteral(
-        "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-        "<Relationship Id=\"rId1\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" Target=\"xl/workbook.xml\"/>"
-        "</Relationships>");
-    // The sheets are listed Days first although their relationships run the other way round.
-    const QString workbook = QLatin1String(kXmlDecl) + QStringLiteral(
-        "<workbook xmlns=\"%1\" xmlns:r=\"%2\"><sheets><sheet name=\"Days\" sheetId=\"1\" r:id=\"rId2\"/>"
-        "<sheet name=\"Notes\" sheetId=\"2\" r:id=\"rId1\"/></sheets></workbook>").arg(QLatin1String(kMainNs), QLatin1String(kRelNs));
-    const QString workbookRels = QLatin1String(kXmlDecl) + QStringLiteral(
-        "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-        "<Relationship Id=\"rId1\" Type=\"%1/worksheet\" Target=\"worksheets/sheet2.xml\"/>"
-        "<Relationship Id=\"rId2\" Type=\"%1/worksheet\" Target=\"worksheets/sheet1.xml\"/>"
-        "<Relationship Id=\"rId3\" Type=\"%1/styles\" Target=\"styles.xml\"/>"
-        "<Relationship Id=\"rId4\" Type=\"%1/sharedStrings\" Target=\"sharedStrings.xml\"/>"
-        "</Relationships>").arg(QLatin1String(kRelNs));
-    return makeZip({{QStringLiteral("[Content_Types].xml"), types.toUtf8()},
-                    {QStringLiteral("_rels/.rels"), rootRels.toUtf8()},
-                    {QStringLiteral("xl/workbook.xml"), workbook.toUtf8()},
-                    {QStringLiteral("xl/_rels/workbook.xml.rels"), workbookRels.toUtf8()},
-                    {QStringLiteral("xl/styles.xml"), xlsxStyles()},
-                    {QStringLiteral("xl/sharedStrings.xml"), shared.toUtf8()},
-                    {QStringLiteral("xl/worksheets/sheet1.xml"), sheet1},
-                    {QStringLiteral("xl/worksheets/sheet2.xml"), sheet2}});
+    QList<QPair<QString, QByteArray>> parts = xlsxPackage();
+    parts.append({QStringLiteral("xl/sharedStrings.xml"), shared.toUtf8()});
+    parts.append({QStringLiteral("xl/worksheets/sheet1.xml"), sheet1});
+    parts.append({QStringLiteral("xl/worksheets/sheet2.xml"), sheet2});
+    return makeZip(parts);
 }
 
 namespace {

@@ -8,9 +8,12 @@
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSqlRecord>
 #include <QTest>
+
+#include <unistd.h>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -255,6 +258,21 @@ private Q_SLOTS:
         QCOMPARE(lastUpdate(), stamp);
         QCOMPARE(fileBytes(path), bytes);
         QVERIFY(m_port->clipboard.isEmpty());
+    }
+
+    void theMarkedWorkbookReplacesTheOldOneWhole()
+    {
+        // A second name for the old file keeps the old bytes: the marked file was written
+        // beside it and renamed over it, never rewritten in place.
+        const QString path = writeSample(QStringLiteral("ods"));
+        const QByteArray before = fileBytes(path);
+        const QString oldName = m_env->path(QStringLiteral("old.ods"));
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(oldName).constData()), 0);
+        m_port->answer(false);
+        AttendanceImport(*m_db).importFile(path);
+        QCOMPARE(fileBytes(oldName), before);
+        QVERIFY(fileBytes(path) != before);
+        QCOMPARE(QDir(m_env->root()).entryList(QDir::Files), (QStringList{"days.ods", "old.ods"})); // no leftovers
     }
 
     void aReadOnlyWorkbookIsImportedButNotReplaced()
