@@ -215,6 +215,42 @@ private Q_SLOTS:
                                             "<text:p>y</text:p>")));
     }
 
+    void xlsxWithPrefixedNamesAndAbsoluteTargets()
+    {
+        // Some generators write the main namespace with a prefix, name parts from the package root
+        // and leave empty rows as <row/>: new cells follow the document's own prefix.
+        const QByteArray sheet =
+            "<x:worksheet xmlns:x=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><x:sheetData>"
+            "<x:row r=\"1\"><x:c r=\"A1\" t=\"inlineStr\"><x:is><x:t>Ann Lee</x:t></x:is></x:c>"
+            "<x:c r=\"Z1\"><x:v>26</x:v></x:c></x:row><x:row r=\"2\"/></x:sheetData></x:worksheet>";
+        const QByteArray workbook =
+            "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" "
+            "xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\"><sheets>"
+            "<sheet name=\"S\" sheetId=\"1\" r:id=\"s1\"/></sheets></workbook>";
+        const QByteArray rels =
+            "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\"><Relationship "
+            "Id=\"s1\" Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/worksheet\" "
+            "Target=\"/xl/sheets/first.xml\"/></Relationships>";
+        XlsxWorkbook book;
+        book.read(makeZip({{QStringLiteral("xl/workbook.xml"), workbook},
+                           {QStringLiteral("xl/_rels/workbook.xml.rels"), rels},
+                           {QStringLiteral("xl/sheets/first.xml"), sheet}}));
+        QCOMPARE(book.sheetPart(), QStringLiteral("xl/sheets/first.xml"));
+        QCOMPARE(book.text(1, 1), QStringLiteral("Ann Lee"));
+        QCOMPARE(book.text(1, 26), QStringLiteral("26"));
+        book.setText(1, 13, QStringLiteral("y & z"));
+        book.setText(2, 13, QStringLiteral("y"));
+        const QByteArray written = zipEntries(book.written()).value(QStringLiteral("xl/sheets/first.xml"));
+        QVERIFY(written.contains("<x:c r=\"M1\" t=\"inlineStr\"><x:is><x:t xml:space=\"preserve\">y &amp; z</x:t>"
+                                 "</x:is></x:c><x:c r=\"Z1\">"));
+        QVERIFY(written.contains("<x:row r=\"2\"><x:c r=\"M2\" t=\"inlineStr\">"));
+        XlsxWorkbook again;
+        again.read(book.written());
+        QCOMPARE(allCells(again).value(QStringLiteral("M1")), QStringLiteral("y & z"));
+        QCOMPARE(again.text(2, 13), QStringLiteral("y"));
+        QCOMPARE(again.text(1, 26), QStringLiteral("26"));
+    }
+
     void csvKeepsItsBytesApartFromTheEditedFields_data()
     {
         QTest::addColumn<QByteArray>("before");
