@@ -1,4 +1,5 @@
 #include "frmfamilies.h"
+#include "widgetnames.h"
 
 #include "app/settingsstore.h"
 #include "families/attendanceimport.h"
@@ -20,13 +21,6 @@
 namespace quillet {
 
 namespace {
-
-template<typename W>
-W *named(W *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 constexpr int kIdRole = Qt::UserRole;
 constexpr int kKeyRole = Qt::UserRole + 1;
@@ -149,15 +143,16 @@ QWidget *frmFamilies::buildRecord()
 
 QLayout *frmFamilies::buildButtons()
 {
+    // Created in the order they stand, left to right, which is the order Tab visits them.
+    cmdCopyList = named(new QPushButton(QStringLiteral("Copy List"), this), "cmdCopyList");
+    cmdCopyList->setToolTip(QStringLiteral("Copy list of names to clipboard"));
+    cmdImport = named(new QPushButton(QStringLiteral("&Import"), this), "cmdImport");
+    cmdImport->setToolTip(QStringLiteral("Import list of days for ALL families marked as current"));
     lblMsg = named(new QLabel(this), "lblMsg");
     cmdAdd = named(new QPushButton(QStringLiteral("&Add"), this), "cmdAdd");
     cmdSave = named(new QPushButton(QStringLiteral("&Save"), this), "cmdSave");
     cmdDelete = named(new QPushButton(QStringLiteral("&Delete"), this), "cmdDelete");
     cmdCancel = named(new QPushButton(QStringLiteral("&Close"), this), "cmdCancel");
-    cmdCopyList = named(new QPushButton(QStringLiteral("Copy List"), this), "cmdCopyList");
-    cmdCopyList->setToolTip(QStringLiteral("Copy list of names to clipboard"));
-    cmdImport = named(new QPushButton(QStringLiteral("&Import"), this), "cmdImport");
-    cmdImport->setToolTip(QStringLiteral("Import list of days for ALL families marked as current"));
     for (QPushButton *b : {cmdAdd, cmdSave, cmdDelete, cmdCancel, cmdCopyList, cmdImport})
         b->setAutoDefault(false);
     auto *row = new QHBoxLayout;

@@ -142,6 +142,15 @@ private Q_SLOTS:
         QCOMPARE(child<QPushButton>(*f, "cmdCancel")->text(), QStringLiteral("&Close"));
         QVERIFY(f->isVisible());
 
+        // Closing the window over unsaved edits asks first; No keeps the window and the edits.
+        QTest::keyClicks(first, QStringLiteral("my"));
+        m_port->answer(false);
+        f->close();
+        QVERIFY(f->isVisible());
+        QCOMPARE(first->text(), QStringLiteral("Tommy"));
+        QCOMPARE(m_port->lastText(), QStringLiteral("The changes to this family are not saved. Close and lose them?"));
+        QTest::keyClick(first, Qt::Key_Escape);
+
         // Current families only is on by default; turning it off is remembered.
         QVERIFY(child<QCheckBox>(*f, "chkShowCurrFamsOnly")->isChecked());
         tick(child<QCheckBox>(*f, "chkShowCurrFamsOnly"));
@@ -150,6 +159,33 @@ private Q_SLOTS:
         QCOMPARE(listed(*f), (QStringList{" - Tom Brown", "(Staff)"}));
         child<QPushButton>(*f, "cmdCopyList")->click();
         QCOMPARE(m_port->clipboard, QStringLiteral("\tTom Brown\r\n"));
+    }
+
+    // Tab runs down the list side, then through the record as it is laid out, then the buttons
+    // from left to right; every specified control is there under its name.
+    void tabOrderFollowsLayout()
+    {
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        frmFamilies *f = openEditor(w);
+        QVERIFY(QTest::qWaitForWindowExposed(f));
+        child<QPushButton>(*f, "cmdImport")->setEnabled(true); // visited once the import is offered
+        QStringList chain;
+        QWidget *start = child<QListWidget>(*f, "lvwFamilies");
+        for (QWidget *wgt = start; chain.size() < 40; wgt = wgt->nextInFocusChain()) {
+            if (wgt->focusPolicy() & Qt::TabFocus && wgt->isVisible() && !wgt->objectName().isEmpty())
+                chain << wgt->objectName();
+            if (wgt->nextInFocusChain() == start)
+                break;
+        }
+        const QStringList expected{"lvwFamilies", "chkShowParent", "chkShowCurrFamsOnly", "txtFirstName", "txtLastName",
+                                   "txtParent", "chkCurrent", "chkNoUploadToWeb", "chkNoCopyToCd",
+                                   "chkFamDaysMam", "chkFamDaysTam", "chkFamDaysWam", "chkFamDaysTHam", "chkFamDaysFam",
+                                   "chkFamDaysMpm", "chkFamDaysTpm", "chkFamDaysWpm", "chkFamDaysTHpm", "chkFamDaysFpm",
+                                   "chkFamDaysOverride", "txtStartDate", "txtEndDate", "cmdCopyList", "cmdImport",
+                                   "cmdAdd", "cmdSave", "cmdDelete", "cmdCancel"};
+        QCOMPARE(chain, expected);
     }
 
     void deleteFromWindow()
