@@ -27,7 +27,8 @@ public:
     virtual void progressUpdate(int position, int done) = 0;
     virtual void progressHide() = 0;
 
-    // Choosers; each returns an empty text when cancelled.
+    // Choosers; each returns an empty text when cancelled. `extension` is one extension without
+    // the dot ("xlsx"), or several separated by blanks ("xlsx xls ods csv") offered as one type.
     virtual QString browseForFolder(const QString &startDir, const QString &prompt) = 0;
     virtual QString openFileDialog(const QString &description, const QString &extension,
                                    const QString &startDir, const QString &title) = 0;

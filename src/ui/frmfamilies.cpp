@@ -2,6 +2,7 @@
 #include "widgetnames.h"
 
 #include "app/settingsstore.h"
+#include "families/attendanceimport.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
 
@@ -28,6 +29,7 @@ constexpr int kKeyRole = Qt::UserRole + 1;
 
 frmFamilies::frmFamilies(FamilyDatabase &db, QWidget *parent)
     : QDialog(parent)
+    , m_db(db)
     , m_editor(db, this)
 {
     setObjectName(QStringLiteral("frmFamilies"));
@@ -165,8 +167,6 @@ QLayout *frmFamilies::buildButtons()
     cmdSave = named(new QPushButton(QStringLiteral("&Save"), this), "cmdSave");
     cmdDelete = named(new QPushButton(QStringLiteral("&Delete"), this), "cmdDelete");
     cmdCancel = named(new QPushButton(QStringLiteral("&Close"), this), "cmdCancel");
-    // The attendance import is wired by its own change; until then the command is not offered.
-    cmdImport->setEnabled(false);
     for (QPushButton *b : {cmdAdd, cmdSave, cmdDelete, cmdCancel, cmdCopyList, cmdImport})
         b->setAutoDefault(false);
     auto *row = new QHBoxLayout;
@@ -216,6 +216,7 @@ void frmFamilies::wire()
     connect(cmdDelete, &QPushButton::clicked, this, &frmFamilies::onDelete);
     connect(cmdCancel, &QPushButton::clicked, this, &frmFamilies::onCancel);
     connect(cmdCopyList, &QPushButton::clicked, this, [this] { m_editor.CopyList(chkShowParent->isChecked()); });
+    connect(cmdImport, &QPushButton::clicked, this, &frmFamilies::onImport);
 }
 
 bool frmFamilies::eventFilter(QObject *watched, QEvent *event)
@@ -235,6 +236,8 @@ void frmFamilies::onDirtyChanged(bool dirty)
 {
     lvwFamilies->setEnabled(!dirty);
     cmdAdd->setEnabled(!dirty);
+    // The import reloads the list and shows the family again, which would throw the edits away.
+    cmdImport->setEnabled(!dirty);
     // Rebuilding the list shows its first entry, which would throw the edits away.
     chkShowParent->setEnabled(!dirty);
     chkShowCurrFamsOnly->setEnabled(!dirty);
@@ -323,6 +326,19 @@ int frmFamilies::selectedFamilyId() const
 {
     const QListWidgetItem *item = lvwFamilies->currentItem();
     return item && item->isSelected() ? item->data(kIdRole).toInt() : 0;
+}
+
+void frmFamilies::onImport()
+{
+    // The command reports its own errors and messages; the window shows what changed.
+    const int shown = m_shownId;
+    AttendanceImport import(m_db);
+    if (!import.run())
+        return;
+    LoadList();
+    selectEntry(shown);
+    lblMsg->setText(import.statusText());
+    Q_EMIT familiesChanged();
 }
 
 void frmFamilies::onAdd()

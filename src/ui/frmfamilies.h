@@ -58,7 +58,9 @@ private:
     void onSave();
     void onDelete();
     void onCancel();
+    void onImport();
 
+    FamilyDatabase &m_db;
     FamilyEditor m_editor;
     int m_shownId = 0;
 

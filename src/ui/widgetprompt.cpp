@@ -20,11 +20,14 @@ namespace quillet {
 
 namespace {
 
-QString fileFilter(const QString &description, const QString &extension)
+QString fileFilter(const QString &description, const QString &extensions)
 {
-    if (extension.isEmpty())
+    QStringList patterns;
+    for (const QString &extension : extensions.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        patterns << QStringLiteral("*.") + extension;
+    if (patterns.isEmpty())
         return QString();
-    return description + QStringLiteral(" (*.") + extension + QLatin1Char(')');
+    return description + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
 }
 
 bool windowTitled(const QRegularExpression &pattern)

@@ -72,13 +72,17 @@ QString ScriptedPrompt::browseForFolder(const QString &startDir, const QString &
     return m_choices.isEmpty() ? QString() : m_choices.dequeue();
 }
 
-QString ScriptedPrompt::openFileDialog(const QString &, const QString &, const QString &, const QString &)
+QString ScriptedPrompt::openFileDialog(const QString &description, const QString &extension, const QString &startDir,
+                                       const QString &title)
 {
+    fileDialogs.append({description, extension, startDir, title});
     return m_choices.isEmpty() ? QString() : m_choices.dequeue();
 }
 
-QString ScriptedPrompt::saveFileDialog(const QString &, const QString &, const QString &, const QString &)
+QString ScriptedPrompt::saveFileDialog(const QString &description, const QString &extension, const QString &startDir,
+                                       const QString &title)
 {
+    fileDialogs.append({description, extension, startDir, title});
     return m_choices.isEmpty() ? QString() : m_choices.dequeue();
 }
 

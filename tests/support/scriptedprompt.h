@@ -42,6 +42,16 @@ public:
     // Raise the cancel flag when the progress reaches this position (0: never).
     int cancelAtPosition = 0;
 
+    // What the file choosers were asked to offer, in order.
+    struct FileDialog
+    {
+        QString description;
+        QString extension;
+        QString startDir;
+        QString title;
+    };
+    QList<FileDialog> fileDialogs;
+
     QStringList opened;        // openWithDefaultProgram
     QStringList browseStarts;  // the folder each folder chooser started in
     bool openResult = true;    // what openWithDefaultProgram answers

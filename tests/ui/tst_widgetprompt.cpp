@@ -194,9 +194,14 @@ private Q_SLOTS:
         QTest::addColumn<bool>("save");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("shownTitle");
-        QTest::newRow("open, no title") << false << "" << "Open";
-        QTest::newRow("save, no title") << true << "" << "Save As";
-        QTest::newRow("open with title") << false << "Choose a workbook" << "Choose a workbook";
+        QTest::addColumn<QString>("extensions");
+        QTest::addColumn<QString>("filter");
+        QTest::newRow("open, no title") << false << "" << "Open" << "xlsx" << "Workbooks (*.xlsx)";
+        QTest::newRow("save, no title") << true << "" << "Save As" << "xlsx" << "Workbooks (*.xlsx)";
+        QTest::newRow("open with title") << false << "Choose a workbook" << "Choose a workbook" << "xlsx"
+                                         << "Workbooks (*.xlsx)";
+        QTest::newRow("several types") << false << "Select import file" << "Select import file"
+                                       << "xlsx xls ods csv" << "Workbooks (*.xlsx *.xls *.ods *.csv)";
     }
 
     void fileChoosersUseFilterAndTitle()
@@ -204,6 +209,8 @@ private Q_SLOTS:
         QFETCH(bool, save);
         QFETCH(QString, title);
         QFETCH(QString, shownTitle);
+        QFETCH(QString, extensions);
+        QFETCH(QString, filter);
         QString seenTitle;
         QStringList seenFilters;
         onModal<QFileDialog>([&](QFileDialog *dialog) {
@@ -212,11 +219,11 @@ private Q_SLOTS:
             dialog->reject();
         });
         const QString chosen = save
-            ? m_port->saveFileDialog(QStringLiteral("Workbooks"), QStringLiteral("xlsx"), QDir::tempPath(), title)
-            : m_port->openFileDialog(QStringLiteral("Workbooks"), QStringLiteral("xlsx"), QDir::tempPath(), title);
+            ? m_port->saveFileDialog(QStringLiteral("Workbooks"), extensions, QDir::tempPath(), title)
+            : m_port->openFileDialog(QStringLiteral("Workbooks"), extensions, QDir::tempPath(), title);
         QVERIFY(chosen.isEmpty());
         QCOMPARE(seenTitle, shownTitle);
-        QCOMPARE(seenFilters, QStringList{QStringLiteral("Workbooks (*.xlsx)")});
+        QCOMPARE(seenFilters, QStringList{filter});
     }
 
     void typedTextReturnsWhatWasTypedOrNothing_data()
