@@ -113,6 +113,27 @@ private Q_SLOTS:
         QVERIFY(appState().pendingTempCopy.isEmpty());
     }
 
+    void copyWithProgressCopiesEveryByte()
+    {
+        // With a progress callback the bytes go through this process in chunks; a file larger
+        // than one chunk must arrive whole, and the callback can stop the copy.
+        QByteArray bytes(3 * (1 << 20) + 123, Qt::Uninitialized);
+        for (qsizetype i = 0; i < bytes.size(); ++i)
+            bytes[i] = char(i * 7);
+        const QString src = m_env->writeFile(QStringLiteral("src/big.jpg"), bytes);
+        QList<qint64> seen;
+        QVERIFY(lib_CopyFile(src, m_env->path(QStringLiteral("big.jpg")), true, [&](qint64 done, qint64 total) {
+            seen << done;
+            return total == bytes.size();
+        }));
+        QCOMPARE(contents(m_env->path(QStringLiteral("big.jpg"))), bytes);
+        QCOMPARE(seen.last(), qint64(bytes.size()));
+        QVERIFY(seen.size() >= 4);
+        QVERIFY_THROWS_EXCEPTION(Error, lib_CopyFile(src, m_env->path(QStringLiteral("stopped.jpg")), true,
+                                                     [](qint64, qint64) { return false; }));
+        QVERIFY(!QFileInfo::exists(m_env->path(QStringLiteral("stopped.jpg"))));
+    }
+
     void copyIntoFolderAndByPattern()
     {
         m_env->writeFile(QStringLiteral("src/a.JPG"), "1");
