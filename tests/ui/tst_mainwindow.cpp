@@ -171,8 +171,8 @@ private Q_SLOTS:
         QVERIFY(!w.controls().cmdRepeatSelect->isEnabled());
         QVERIFY(!w.controls().cmdDelete->isEnabled());
         QVERIFY(!m.mnuFamsBothDays->isEnabled());
-        QVERIFY(m.mnuPrepWeb->isEnabled());
-        QVERIFY(!m.mnuPrepCD->isEnabled());
+        QVERIFY(m.mnuPrepWebUpload->isEnabled());
+        QVERIFY(!m.mnuPrepCopyToCD->isEnabled());
         for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatch, m.mnuImportBatch})
             QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
         QVERIFY(!m.mnuImportPortable->isEnabled());
