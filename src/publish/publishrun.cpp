@@ -1,5 +1,7 @@
 #include "publishrun.h"
 
+#include "sha256file.h"
+
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/appstate.h"
@@ -14,7 +16,6 @@
 #include "sync/foreignpath.h"
 #include "workspace/allocationtag.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
 
@@ -25,16 +26,6 @@ namespace {
 // How often the progress report is brought up to date (a repaint per file would cost more than
 // the tests of most files).
 constexpr int kProgressStep = 64;
-
-QString sha256Of(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QString();
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    hash.addData(&file);
-    return QString::fromLatin1(hash.result().toHex());
-}
 
 // A message with the extra button of the port; a question's answer is returned.
 bool showWithAction(const QString &style, const QString &text, bool answer, const QString &caption,
@@ -272,7 +263,7 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
     if (!line.copiedTo.isEmpty()) {
         const QString first = lib_JoinPath(m_settings.tgtDir, line.copiedTo.first());
         line.size = QFileInfo(first).size();
-        line.sha256 = sha256Of(first);
+        line.sha256 = Sha256OfFile(first);
     }
     line.outcome = failures.isEmpty() ? QStringLiteral("copied")
         : line.copiedTo.isEmpty()     ? QStringLiteral("copy failed")
