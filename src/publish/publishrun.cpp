@@ -195,6 +195,7 @@ void PublishRun::copyAll()
     m_latest = PublishSettings::zeroDate();
     m_copied = 0;
     m_failures = 0;
+    m_filesOut = 0;
     m_cancelled = false;
     m_written.clear();
     appState().cancel = false;
@@ -261,6 +262,7 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
         line.copiedTo << relative;
     }
     if (!line.copiedTo.isEmpty()) {
+        ++m_filesOut;
         const QString first = lib_JoinPath(m_settings.tgtDir, line.copiedTo.first());
         line.size = QFileInfo(first).size();
         line.sha256 = Sha256OfFile(first);
@@ -311,6 +313,11 @@ void PublishRun::summarise()
 {
     QString text = lib_FormatCount(m_copied, QStringLiteral("file")) + QStringLiteral(" copied to ") + m_settings.tgtDir
         + QLatin1Char('.');
+    // The count above is of copies, as the message line gives it; with family folders a photo
+    // is copied more than once.
+    if (m_settings.inclFam && m_filesOut != m_copied)
+        text += QStringLiteral("\r\nThey are the copies of ") + lib_FormatCount(m_filesOut, QStringLiteral("file"))
+            + QStringLiteral(" of the Source Dir, one in the folder of each family of a photo.");
     if (m_cancelled)
         text += QStringLiteral("\r\nThe run was stopped before the end: the files after that were not considered.");
     if (m_failures > 0)

@@ -63,6 +63,7 @@ private:
     QDateTime m_latest;
     int m_copied = 0;
     int m_failures = 0;
+    int m_filesOut = 0; // photos and movies of which at least one copy was made
     bool m_askedAfterFailure = false;
     bool m_cancelled = false;
     // Targets written in this run: a second photo with the same name without its tag replaces

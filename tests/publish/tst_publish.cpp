@@ -142,6 +142,8 @@ private Q_SLOTS:
         QCOMPARE(row.at(6), targets.isEmpty() ? QString() : PublishFixture::sha256(bytes));
         QCOMPARE(f->port.texts().contains(c.warning), !c.warning.isEmpty());
         QCOMPARE(f->port.beeps, c.warning.isEmpty() ? 0 : 1);
+        const QString summary = f->port.messages().at(f->port.messages().size() - 2).text;
+        QCOMPARE(summary.contains(QStringLiteral("They are the copies of 1 file of the Source Dir")), targets.size() > 1);
         QCOMPARE(f->status.last(), lib_FormatCount(targets.size(), QStringLiteral("file"))
                                        + QStringLiteral(" copied to ") + f->prep(v));
     }
