@@ -7,6 +7,11 @@ namespace quillet {
 
 UserPrompt::~UserPrompt() = default;
 
+bool UserPrompt::showMessageWithAction(const QString &request, bool answer, const MessageAction &)
+{
+    return showMessage(request, answer);
+}
+
 namespace {
 
 // Used where no window exists (command-line tools, early start-up): nobody can answer, so every

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace quillet {
 
 // Message styles of the packed request string: the first character of a request.
@@ -19,6 +21,17 @@ public:
     // modally. `answer` is the application-wide answer before the box opens; the result is the
     // answer the box leaves (true for Yes). OK-only boxes return it unchanged.
     virtual bool showMessage(const QString &request, bool answer) = 0;
+
+    // One more button beside a message's own ("Preview...", "Open report"): pressing it runs the
+    // action and leaves the message open, so the user still answers it as asked. An action may
+    // show messages of its own.
+    struct MessageAction
+    {
+        QString caption;
+        std::function<void()> run;
+    };
+    // showMessage with that button. A port that cannot show it shows the message alone.
+    virtual bool showMessageWithAction(const QString &request, bool answer, const MessageAction &action);
 
     // The progress report: shown with a caption, prepared for a count, advanced, hidden.
     // Closing it raises appState().cancel.

@@ -5,6 +5,7 @@
 #include "frmfamilies.h"
 #include "frmsettings.h"
 #include "keyboardcommands.h"
+#include "publishcommands.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
 #include "sync/batchfilejournal.h"
@@ -43,6 +44,7 @@ frmMain::frmMain(QWidget *parent)
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
     new KeyboardCommands(m_ui, m_menus, *m_controller, this);
+    new PublishCommands(m_db, m_menus, [this](const QString &text) { setStatus(text); }, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
     connect(m_controller, &WorkspaceController::fatal, this, [this] {
@@ -237,8 +239,8 @@ void frmMain::InitButtons()
     m_menus.mnuFamsBothDays->setEnabled(false);
 
     const bool batchXfr = !ReadSetting(QStringLiteral("BatchXfrDir")).isEmpty();
-    m_menus.mnuPrepWeb->setEnabled(!ReadSetting(QStringLiteral("WebTgtDir")).isEmpty());
-    m_menus.mnuPrepCD->setEnabled(!ReadSetting(QStringLiteral("CdTgtDir")).isEmpty());
+    m_menus.mnuPrepWebUpload->setEnabled(!ReadSetting(QStringLiteral("WebTgtDir")).isEmpty());
+    m_menus.mnuPrepCopyToCD->setEnabled(!ReadSetting(QStringLiteral("CdTgtDir")).isEmpty());
     for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatch,
                        m_menus.mnuImportBatch})
         a->setEnabled(batchXfr);

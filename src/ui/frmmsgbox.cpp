@@ -74,16 +74,25 @@ frmMsgBox::~frmMsgBox()
         QGuiApplication::restoreOverrideCursor();
 }
 
-bool frmMsgBox::ask(const QString &request, bool answer, QWidget *parent)
+bool frmMsgBox::ask(const QString &request, bool answer, QWidget *parent, const UserPrompt::MessageAction &action)
 {
     // On the heap: the owner window may go away while the box runs its own event loop.
     QPointer<frmMsgBox> box = new frmMsgBox(request, answer, parent);
+    if (action.run)
+        box->setAction(action);
     box->exec();
     if (!box)
         return answer;
     const bool result = box->answer();
     delete box;
     return result;
+}
+
+void frmMsgBox::setAction(const UserPrompt::MessageAction &action)
+{
+    m_action = action.run;
+    m_cmdAction->setText(action.caption);
+    m_cmdAction->setVisible(bool(m_action));
 }
 
 void frmMsgBox::buildControls()
@@ -130,6 +139,8 @@ QLayout *frmMsgBox::buildButtonRow()
     m_cmdYes = button(this, "cmdYes", QStringLiteral("&Yes"));
     m_cmdNo = button(this, "cmdNo", QStringLiteral("&No"));
     m_cmdOk = button(this, "cmdOk", QStringLiteral("&OK"));
+    m_cmdAction = button(this, "cmdAction", QString());
+    m_cmdAction->hide();
     m_lblCountDown = new QLabel(this);
     m_lblCountDown->setObjectName(QStringLiteral("lblCountDown"));
     m_lblCountDown->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -145,9 +156,16 @@ QLayout *frmMsgBox::buildButtonRow()
         accept();
     });
     connect(m_cmdPrint, &QPushButton::clicked, this, &frmMsgBox::printMessage);
+    connect(m_cmdAction, &QPushButton::clicked, this, [this] {
+        // The user is busy with what the action shows: the box must not close under it.
+        stopCountdown();
+        if (m_action)
+            m_action();
+    });
 
     auto *row = new QHBoxLayout;
     row->addWidget(m_cmdPrint);
+    row->addWidget(m_cmdAction);
     row->addStretch();
     row->addWidget(m_lblCountDown);
     row->addSpacing(6);

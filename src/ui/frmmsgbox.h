@@ -1,6 +1,7 @@
 #pragma once
 
 #include "lib/msgboxrequest.h"
+#include "lib/userprompt.h"
 
 #include <QDialog>
 
@@ -27,8 +28,11 @@ public:
     // The answer the box leaves (true for Yes).
     bool answer() const { return m_answer; }
 
-    // Shows a request modally over `parent` and returns the answer it leaves.
-    static bool ask(const QString &request, bool answer, QWidget *parent);
+    // Shows a request modally over `parent` and returns the answer it leaves. With an action, a
+    // button "cmdAction" beside the answers runs it and leaves the box open.
+    static bool ask(const QString &request, bool answer, QWidget *parent,
+                    const UserPrompt::MessageAction &action = {});
+    void setAction(const UserPrompt::MessageAction &action);
 
 public Q_SLOTS:
     void done(int result) override;
@@ -60,6 +64,8 @@ private:
     QPushButton *m_cmdYes = nullptr;
     QPushButton *m_cmdNo = nullptr;
     QPushButton *m_cmdPrint = nullptr;
+    QPushButton *m_cmdAction = nullptr;
+    std::function<void()> m_action;
     QLabel *m_lblCountDown = nullptr;
     QTimer *m_timTimer = nullptr;
 };

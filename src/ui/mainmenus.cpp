@@ -51,8 +51,8 @@ void MainMenus::build(QMainWindow *window)
     mnuImportBatch = entry(external, "mnuImportBatch", QStringLiteral("Import batchfiles"));
     mnuImportPortable = entry(external, "mnuImportPortable", QStringLiteral("Import From Portable Copy"));
     external->addSeparator();
-    mnuPrepWeb = entry(external, "mnuPrepWeb", QStringLiteral("Prep files for &web upload"));
-    mnuPrepCD = entry(external, "mnuPrepCD", QStringLiteral("Prep files for copy to &CD"));
+    mnuPrepWebUpload = entry(external, "mnuPrepWebUpload", QStringLiteral("Prep files for &web upload"));
+    mnuPrepCopyToCD = entry(external, "mnuPrepCopyToCD", QStringLiteral("Prep files for copy to &CD"));
 
     QMenu *settings = bar->addMenu(QStringLiteral("Se&ttings"));
     settings->setObjectName(QStringLiteral("mnuSettings"));

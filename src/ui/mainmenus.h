@@ -27,8 +27,8 @@ struct MainMenus
     QAction *mnuExportBatch = nullptr;
     QAction *mnuImportBatch = nullptr;
     QAction *mnuImportPortable = nullptr;
-    QAction *mnuPrepWeb = nullptr;
-    QAction *mnuPrepCD = nullptr;
+    QAction *mnuPrepWebUpload = nullptr;
+    QAction *mnuPrepCopyToCD = nullptr;
 
     QAction *mnuFamilies = nullptr;
     QAction *mnuOptions = nullptr;

@@ -71,6 +71,11 @@ bool WidgetPrompt::showMessage(const QString &request, bool answer)
     return frmMsgBox::ask(request, answer, dialogParent());
 }
 
+bool WidgetPrompt::showMessageWithAction(const QString &request, bool answer, const MessageAction &action)
+{
+    return frmMsgBox::ask(request, answer, dialogParent(), action);
+}
+
 frmProgressRpt *WidgetPrompt::progress()
 {
     if (!m_progress)

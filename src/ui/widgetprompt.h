@@ -21,6 +21,7 @@ public:
     WidgetPrompt &operator=(const WidgetPrompt &) = delete;
 
     bool showMessage(const QString &request, bool answer) override;
+    bool showMessageWithAction(const QString &request, bool answer, const MessageAction &action) override;
 
     void progressShow(const QString &caption) override;
     void progressInit(int count) override;

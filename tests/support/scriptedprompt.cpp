@@ -31,6 +31,8 @@ bool ScriptedPrompt::showMessage(const QString &request, bool answer)
     m.timeout = request.mid(1, 4).trimmed().toInt();
     m.text = request.mid(5);
     m_messages << m;
+    if (onMessage)
+        onMessage(m);
     if (m.style == 4 || m.style == 5) {
         if (m_answers.isEmpty()) {
             ++unexpectedQuestions;
@@ -40,6 +42,22 @@ bool ScriptedPrompt::showMessage(const QString &request, bool answer)
         return m_answers.dequeue();
     }
     return answer;
+}
+
+bool ScriptedPrompt::showMessageWithAction(const QString &request, bool answer, const MessageAction &action)
+{
+    actionCaptions << action.caption;
+    // The message is recorded first, so that what the action shows follows it.
+    const qsizetype at = m_messages.size();
+    const bool press = !m_actionPresses.isEmpty() && m_actionPresses.dequeue();
+    if (!press)
+        return showMessage(request, answer);
+    action.run();
+    QList<Message> shownByAction = m_messages.mid(at);
+    m_messages.resize(at);
+    const bool result = showMessage(request, answer);
+    m_messages << shownByAction;
+    return result;
 }
 
 void ScriptedPrompt::progressShow(const QString &caption)

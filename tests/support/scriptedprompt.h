@@ -4,6 +4,7 @@
 
 #include <QQueue>
 #include <QStringList>
+#include <functional>
 
 namespace quillet::test {
 
@@ -25,6 +26,9 @@ public:
 
     // Queues answers for the next Yes/No questions, in order.
     void answer(bool yes) { m_answers.enqueue(yes); }
+    // Queues whether the user presses the extra button of the next messages that carry one
+    // (before answering them), in order; a message with nothing queued is answered directly.
+    void pressAction(bool press) { m_actionPresses.enqueue(press); }
     // Queues results for the next choosers and typed-text requests.
     void choose(const QString &path) { m_choices.enqueue(path); }
 
@@ -60,8 +64,14 @@ public:
     bool shift = false;
     bool windowFound = true;   // answer of waitForWindow
     int unexpectedQuestions = 0;
+    // Called with each message as it is shown, before it is answered (a test's way to change the
+    // world at a known moment of a run).
+    std::function<void(const Message &)> onMessage;
+    // The captions of the extra buttons offered, one per message that carried one.
+    QStringList actionCaptions;
 
     bool showMessage(const QString &request, bool answer) override;
+    bool showMessageWithAction(const QString &request, bool answer, const MessageAction &action) override;
     void progressShow(const QString &caption) override;
     void progressInit(int count) override;
     void progressUpdate(int position, int done) override;
@@ -82,6 +92,7 @@ public:
 private:
     QList<Message> m_messages;
     QQueue<bool> m_answers;
+    QQueue<bool> m_actionPresses;
     QQueue<QString> m_choices;
 };
 

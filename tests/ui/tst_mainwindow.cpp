@@ -160,6 +160,34 @@ private Q_SLOTS:
         QVERIFY(w.controls().chkShowParent->isEnabled());
     }
 
+    void prepEntriesRunTheirVariant_data()
+    {
+        QTest::addColumn<bool>("cd");
+        QTest::newRow("web") << false;
+        QTest::newRow("cd") << true;
+    }
+
+    // Each External entry starts the preparation with its own names: its confirmation, here
+    // answered No, ends it with the message line untouched.
+    void prepEntriesRunTheirVariant()
+    {
+        QFETCH(bool, cd);
+        prepareInstallation();
+        for (const char *key : {"WebTgtDir", "CdTgtDir"}) {
+            QDir().mkpath(m_env->path(QLatin1String(key)));
+            WriteSetting(QLatin1String(key), m_env->path(QLatin1String(key)));
+        }
+        frmMain w;
+        QVERIFY(w.StartUp());
+        m_port->clear();
+        m_port->answer(false);
+        (cd ? w.menus().mnuPrepCopyToCD : w.menus().mnuPrepWebUpload)->trigger();
+        QCOMPARE(m_port->messages().size(), 1);
+        QVERIFY(m_port->lastText().endsWith(cd ? QStringLiteral("burning to CD/DVD.  Continue?")
+                                               : QStringLiteral("upload to the web.  Continue?")));
+        QCOMPARE(m_port->actionCaptions.size(), 1);
+    }
+
     void commandsAfterStart()
     {
         prepareInstallation();
@@ -171,8 +199,8 @@ private Q_SLOTS:
         QVERIFY(!w.controls().cmdRepeatSelect->isEnabled());
         QVERIFY(!w.controls().cmdDelete->isEnabled());
         QVERIFY(!m.mnuFamsBothDays->isEnabled());
-        QVERIFY(m.mnuPrepWeb->isEnabled());
-        QVERIFY(!m.mnuPrepCD->isEnabled());
+        QVERIFY(m.mnuPrepWebUpload->isEnabled());
+        QVERIFY(!m.mnuPrepCopyToCD->isEnabled());
         for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatch, m.mnuImportBatch})
             QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
         QVERIFY(!m.mnuImportPortable->isEnabled());

@@ -105,6 +105,29 @@ private Q_SLOTS:
         QCOMPARE(box.answer(), after);
     }
 
+    void actionButtonRunsAndKeepsTheQuestion()
+    {
+        // The extra button runs its action (here stopping a countdown that would answer No) and
+        // the question stays for the user to answer; without an action there is no such button.
+        int runs = 0;
+        frmMsgBox box(QStringLiteral("5   3Copy now?"), true);
+        QVERIFY(!child<QPushButton>(box, "cmdAction")->isVisibleTo(&box));
+        box.setAction({QStringLiteral("Pre&view..."), [&runs] { ++runs; }});
+        box.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&box));
+        auto *action = child<QPushButton>(box, "cmdAction");
+        QVERIFY(action->isVisible());
+        QCOMPARE(action->text(), QStringLiteral("Pre&view..."));
+        QTest::mouseClick(action, Qt::LeftButton);
+        QTest::mouseClick(action, Qt::LeftButton);
+        QCOMPARE(runs, 2);
+        QVERIFY(box.isVisible());
+        QVERIFY(!child<QTimer>(box, "timTimer")->isActive());
+        QTest::mouseClick(child<QPushButton>(box, "cmdYes"), Qt::LeftButton);
+        QVERIFY(!box.isVisible());
+        QVERIFY(box.answer());
+    }
+
     void acceleratorAnswers()
     {
         frmMsgBox box(QStringLiteral("4   0Go?"), true);

@@ -1,0 +1,126 @@
+// Web preparation throughput: a Source Dir of 20,000 files in 100 folders, of which 2,000 are
+// allocated and fall in the date window; the rest are allocated photos outside the window and
+// unallocated photos inside it. The run (scan, tests, copies, report and SHA-256 of every copy)
+// against the `cp` command copying exactly the 2,000 qualifying files.
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/fileutils.h"
+#include "publish/publishrun.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <unistd.h>
+
+using namespace quillet;
+
+namespace {
+
+constexpr int kFolders = 100;
+constexpr int kPerFolder = 200;
+constexpr int kQualifyingPerFolder = 20;
+constexpr int kPhotoBytes = 256 * 1024;
+const QDateTime kInside(QDate(2024, 3, 1), QTime(10, 0));
+const QDateTime kBefore(QDate(2023, 3, 1), QTime(10, 0));
+
+QByteArray photoBytes(quint32 seed)
+{
+    QByteArray bytes(kPhotoBytes, Qt::Uninitialized);
+    QRandomGenerator random(seed);
+    random.fillRange(reinterpret_cast<quint32 *>(bytes.data()), bytes.size() / 4);
+    return bytes;
+}
+
+void writeFile(const QString &path, const QByteArray &bytes, const QDateTime &modified)
+{
+    QFile f(path);
+    f.open(QIODevice::WriteOnly);
+    f.write(bytes);
+    f.close();
+    lib_SetFileDate(path, QLatin1Char('M'), modified);
+}
+
+// The Source Dir; returns the qualifying files. The others are hard links to two files (one old,
+// one unallocated), so the scan meets 20,000 names without the disk holding 20,000 photos.
+QStringList makeSourceDir(const QString &srcDir)
+{
+    const QString old = srcDir + "/old(#1#).jpg", unallocated = srcDir + "/new.jpg";
+    writeFile(old, photoBytes(1), kBefore);
+    writeFile(unallocated, photoBytes(2), kInside);
+    QStringList qualifying;
+    for (int d = 0; d < kFolders; ++d) {
+        const QString folder = srcDir + QStringLiteral("/day%1").arg(d, 3, 10, QLatin1Char('0'));
+        QDir().mkpath(folder);
+        for (int i = 0; i < kPerFolder; ++i) {
+            const QString name = folder + QStringLiteral("/IMG_%1_%2").arg(d).arg(i, 4, 10, QLatin1Char('0'));
+            if (i < kQualifyingPerFolder) {
+                qualifying << name + QStringLiteral("(#%1#%2#).jpg").arg(1 + i % 3).arg(1 + (i + 1) % 3);
+                writeFile(qualifying.last(), photoBytes(quint32(d * 1000 + i + 10)), kInside);
+            } else if (i % 2 == 0) {
+                ::link(QFile::encodeName(old).constData(), QFile::encodeName(name + QStringLiteral("(#2#).jpg")).constData());
+            } else {
+                ::link(QFile::encodeName(unallocated).constData(), QFile::encodeName(name + QStringLiteral(".jpg")).constData());
+            }
+        }
+    }
+    return qualifying;
+}
+
+double timedCp(const QStringList &files, const QString &dir)
+{
+    QDir().mkpath(dir);
+    QElapsedTimer t;
+    t.start();
+    QProcess::execute(QStringLiteral("cp"), QStringList(files) << dir);
+    return t.nsecsElapsed() / 1e9;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QTemporaryDir home;
+    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+        qputenv(var, home.path().toUtf8() + "/" + var);
+    QCoreApplication app(argc, argv);
+    // No port installed: the quiet default answers every question with its default (Yes here)
+    // and writes the messages to standard error.
+    const QString srcDir = home.path() + "/src", webDir = home.path() + "/web";
+    QDir().mkpath(srcDir);
+    QDir().mkpath(webDir);
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
+    FamilyDatabase::Provision(FamilyDatabase::DbPath());
+    FamilyDatabase db;
+    db.OpenDatabase();
+    for (int id : {1, 2, 3})
+        db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (?,?,?,True)"),
+                {id, QStringLiteral("Family%1").arg(id), QStringLiteral("Bench")});
+    for (const auto &[key, value] : QList<QPair<QString, QString>>{
+             {"SrcDir", srcDir}, {"WebTgtDir", webDir}, {"WebTgtInclFam", "0"}, {"WebMinDate", "20240101 000000"},
+             {"WebMaxDate", "20241231 235959"}})
+        WriteSetting(key, value);
+    const QStringList qualifying = makeSourceDir(srcDir);
+
+    // Each timed part starts with nothing waiting to be written, so neither pays for the other's
+    // (or the set-up's) writing back.
+    ::sync();
+    const double cpSeconds = timedCp(qualifying, home.path() + "/cp");
+    ::sync();
+    QElapsedTimer t;
+    t.start();
+    PublishRun run(PublishNames::web(), db);
+    run.run();
+    const double runSeconds = t.nsecsElapsed() / 1e9;
+    std::fprintf(stderr, "cp %.2f s, preparation %.2f s\n", cpSeconds, runSeconds);
+    if (run.copied() != qualifying.size())
+        std::fprintf(stderr, "copied %d of %d qualifying files\n", run.copied(), int(qualifying.size()));
+    std::printf("RESULT publish_web %.1f files/s ratio=%.2f baseline=cp of the %d qualifying files\n",
+                kFolders * kPerFolder / runSeconds, cpSeconds / runSeconds, int(qualifying.size()));
+    return 0;
+}

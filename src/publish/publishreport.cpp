@@ -1,0 +1,104 @@
+#include "publishreport.h"
+
+#include "publishnames.h"
+#include "publishrules.h"
+
+#include "lib/apppaths.h"
+#include "lib/error.h"
+#include "lib/fileutils.h"
+
+#include <algorithm>
+
+namespace quillet {
+
+PublishReport::PublishReport(const PublishNames &names, const PublishSettings &settings, bool preview,
+                             const QDateTime &runTime)
+    : m_preview(preview)
+{
+    lib_MakePath(AppPaths::dataDir());
+    m_path = AppPaths::dataFile(names.reportName + QLatin1Char('_') + runTime.toString(QStringLiteral("yyyyMMdd-HHmmss"))
+                                + (preview ? QStringLiteral("_preview") : QString()) + QStringLiteral(".csv"));
+    m_file.setFileName(m_path);
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw Error(kLibErrorNumber, QStringLiteral("PublishReport"),
+                    QStringLiteral("The report ") + m_path + QStringLiteral(" cannot be written: ") + m_file.errorString());
+    m_file.write("\xEF\xBB\xBF");
+    writeRow({preview ? QStringLiteral("Preview (nothing copied)") : QStringLiteral("Prepared"),
+              runTime.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
+    writeRow({QStringLiteral("Source Dir"), settings.srcDir});
+    writeRow({QStringLiteral("Preparation folder"), settings.tgtDir});
+    writeRow({QStringLiteral("Date window"), settings.minText, settings.maxText});
+    writeRow({QStringLiteral("Privacy option"), settings.allowPriv ? QStringLiteral("on") : QStringLiteral("off"),
+              QStringLiteral("Copy private photos"), settings.copyPriv ? QStringLiteral("on") : QStringLiteral("off")});
+    writeRow({});
+    writeRow({QStringLiteral("Path"), QStringLiteral("Modified"), QStringLiteral("Outcome"), QStringLiteral("Reason"),
+              QStringLiteral("Copied to"), QStringLiteral("Size"), QStringLiteral("SHA-256")});
+}
+
+QString PublishReport::csvField(const QString &text)
+{
+    static const QString special = QStringLiteral(",\"\r\n");
+    const bool quote = std::any_of(text.begin(), text.end(), [](QChar c) { return special.contains(c); })
+        || text.startsWith(QLatin1Char(' '));
+    if (!quote)
+        return text;
+    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QStringLiteral("\"\"")) + QLatin1Char('"');
+}
+
+void PublishReport::writeRow(const QStringList &fields)
+{
+    QStringList out;
+    for (const QString &f : fields)
+        out << csvField(f);
+    m_file.write((out.join(QLatin1Char(',')) + QStringLiteral("\r\n")).toUtf8());
+}
+
+void PublishReport::add(const Line &line)
+{
+    const QString key = line.reason.isEmpty() ? line.outcome : line.outcome + QStringLiteral(": ") + line.reason;
+    auto it = std::find_if(m_totals.begin(), m_totals.end(), [&](const auto &t) { return t.first == key; });
+    if (it == m_totals.end())
+        m_totals.append({key, 1});
+    else
+        ++it->second;
+    m_copies += int(line.copiedTo.size());
+    writeRow({line.path,
+              line.modified.isValid() ? line.modified.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : QString(),
+              line.outcome, line.reason, line.copiedTo.join(QStringLiteral("; ")),
+              line.size >= 0 ? QString::number(line.size) : QString(), line.sha256});
+    // What went out is on disk at once: a run that stops half-way leaves its record.
+    if (!line.copiedTo.isEmpty())
+        m_file.flush();
+}
+
+int PublishReport::count(const QString &outcomeAndReason) const
+{
+    for (const auto &t : m_totals) {
+        if (t.first == outcomeAndReason)
+            return t.second;
+    }
+    return 0;
+}
+
+QString PublishReport::totalsText() const
+{
+    QStringList lines;
+    for (const auto &t : m_totals)
+        lines << QStringLiteral("%1  %2").arg(t.second, 7).arg(t.first);
+    return lines.join(QStringLiteral("\r\n"));
+}
+
+void PublishReport::finish(const QString &note)
+{
+    writeRow({});
+    if (!note.isEmpty())
+        writeRow({note});
+    writeRow({QStringLiteral("Totals"), QStringLiteral("Files")});
+    for (const auto &t : m_totals)
+        writeRow({t.first, QString::number(t.second)});
+    writeRow({m_preview ? QStringLiteral("copies it would make") : QStringLiteral("copies made"),
+              QString::number(m_copies)});
+    m_file.close();
+}
+
+} // namespace quillet

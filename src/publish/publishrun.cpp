@@ -1,0 +1,340 @@
+#include "publishrun.h"
+
+#include "sha256file.h"
+
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/appstate.h"
+#include "lib/debuglog.h"
+#include "lib/deferredsync.h"
+#include "lib/error.h"
+#include "lib/errorhandler.h"
+#include "lib/fileutils.h"
+#include "lib/findfiles.h"
+#include "lib/texthelpers.h"
+#include "lib/userprompt.h"
+#include "sync/foreignpath.h"
+#include "workspace/allocationtag.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace quillet {
+
+namespace {
+
+// How often the progress report is brought up to date (a repaint per file would cost more than
+// the tests of most files).
+constexpr int kProgressStep = 64;
+
+// A message with the extra button of the port; a question's answer is returned.
+bool showWithAction(const QString &style, const QString &text, bool answer, const QString &caption,
+                    const std::function<void()> &action)
+{
+    UserPrompt &port = prompt();
+    port.restoreActiveWindow();
+    return port.showMessageWithAction(lib_PackMessageRequest(style, 0, text), answer, {caption, action});
+}
+
+QString copiesText(int copies)
+{
+    return QString::number(copies) + (copies == 1 ? QStringLiteral(" copy") : QStringLiteral(" copies"));
+}
+
+void openReport(const QString &path)
+{
+    if (!prompt().openWithDefaultProgram(path))
+        lib_MsgWarning(QStringLiteral("Could not open the report ") + path
+                       + QStringLiteral(". It is a CSV file: open it in your spreadsheet program."));
+}
+
+} // namespace
+
+PublishRun::PublishRun(const PublishNames &names, FamilyDatabase &db, StatusSink status)
+    : m_names(names)
+    , m_db(db)
+    , m_status(std::move(status))
+{
+}
+
+PublishRun::~PublishRun() = default;
+
+QString PublishRun::confirmationText(const PublishNames &names, const PublishSettings &settings)
+{
+    QString text = QStringLiteral("This will copy files between the dates specified (in Settings) into the directory specified ready for ")
+        + names.confirmEnd;
+    if (settings.allowPriv) {
+        text += QStringLiteral("  In accordance with your Settings, it will exclude families who requested privacy");
+        text += settings.copyPriv
+            ? QStringLiteral(" but WILL still include files marked as ") + settings.privacyText + QLatin1Char('.')
+            : QStringLiteral(" AND files marked as ") + settings.privacyText + QLatin1Char('.');
+    }
+    return text + QStringLiteral("  Continue?");
+}
+
+void PublishRun::run()
+{
+    m_settings = PublishSettings::read(m_names, m_db);
+    if (m_settings.tgtDir.isEmpty())
+        return;
+    if (!m_settings.minDate.isValid() || !m_settings.maxDate.isValid()) {
+        lib_MsgWarning(QStringLiteral("The date window in Settings (") + m_settings.minText + QStringLiteral(" to ")
+                       + m_settings.maxText
+                       + QStringLiteral(") is not of the form yyyymmdd hhnnss. Correct it in Settings > Options."));
+        return;
+    }
+    if (!showWithAction(QStringLiteral("4"), confirmationText(m_names, m_settings), true, QStringLiteral("Pre&view..."),
+                        [this] { preview(); }))
+        return;
+    if (!prepareTargetDir())
+        return;
+    if (m_status)
+        m_status(m_names.progressText);
+    copyAll();
+    if (m_status)
+        m_status(lib_FormatCount(m_copied, QStringLiteral("file")) + QStringLiteral(" copied to ") + m_settings.tgtDir);
+    summarise();
+    if (!m_cancelled)
+        moveWindowOn();
+}
+
+bool PublishRun::prepareTargetDir()
+{
+    const QString dir = m_settings.tgtDir;
+    if (!lib_DirExists(dir)) {
+        const QString drive = lib_DrivePart(dir);
+        if (!lib_DirExists(drive)) {
+            lib_MsgWarning(m_names.driveMissing + drive + QStringLiteral(") does not exist"));
+            return false;
+        }
+        if (!lib_MsgYesNo(m_names.createQuestion))
+            return false;
+        lib_MakePath(dir);
+    }
+    if (!QFileInfo(dir).isWritable()) {
+        lib_MsgWarning(QStringLiteral("The preparation folder ") + dir
+                       + QStringLiteral(" cannot be written to (it is read-only). Nothing was copied. Make it writable "
+                                        "or choose another folder in Settings > Options."));
+        return false;
+    }
+    if (!lib_DirExists(m_settings.srcDir)) {
+        lib_MsgWarning(QStringLiteral("The Source Dir ") + m_settings.srcDir
+                       + QStringLiteral(" was not found, so there is nothing to prepare. Is its disk connected?"));
+        return false;
+    }
+    return true;
+}
+
+QStringList PublishRun::sourceFiles() const
+{
+    // The preparation folder may lie inside the Source Dir: its copies are not sources.
+    const QString prepared = QDir::cleanPath(m_settings.tgtDir) + QLatin1Char('/');
+    QStringList files;
+    lib_clsFindFiles finder;
+    for (bool found = finder.FindFirstFile(m_settings.srcDir, QStringLiteral("*.*"), true); found;
+         found = finder.FindNextFile()) {
+        if (!finder.IsDir() && !finder.FullFile().startsWith(prepared))
+            files << finder.FullFile();
+    }
+    return files;
+}
+
+QString PublishRun::relativeToSource(const QString &path) const
+{
+    return QDir(m_settings.srcDir).relativeFilePath(path);
+}
+
+QStringList PublishRun::targetsOf(const Decision &decision) const
+{
+    const QString untagged = StripFamIDs(QFileInfo(decision.path).fileName());
+    if (!m_settings.inclFam)
+        return {untagged};
+    QStringList targets;
+    for (const PublishFamily *family : decision.families)
+        targets << family->folderName + QLatin1Char('/') + untagged;
+    return targets;
+}
+
+void PublishRun::preview()
+{
+    m_settings = PublishSettings::read(m_names, m_db);
+    PublishFamilies families(m_db, m_names.exclusionField);
+    PublishRules rules(m_settings, families);
+    PublishReport report(m_names, m_settings, true, QDateTime::currentDateTime());
+    int files = 0;
+    {
+        BusyPointer busy;
+        for (const QString &path : sourceFiles()) {
+            const Decision d = rules.decide(path);
+            PublishReport::Line line{relativeToSource(path), d.modified, QStringLiteral("left out"),
+                                     PublishRules::reason(d, m_names), {}, -1, {}};
+            if (d.verdict == Verdict::Copy) {
+                line.outcome = QStringLiteral("would be copied");
+                line.copiedTo = targetsOf(d);
+                ++files;
+            }
+            report.add(line);
+        }
+        report.finish();
+    }
+    m_reportPath = report.path();
+    const QString path = m_reportPath;
+    const QString text = QStringLiteral("Preview: nothing has been copied yet.\r\n\r\n")
+        + lib_FormatCount(files, QStringLiteral("file")) + QStringLiteral(" would go out (") + copiesText(report.copies())
+        + QStringLiteral(") to ") + m_settings.tgtDir + QStringLiteral(".\r\n\r\n") + report.totalsText()
+        + QStringLiteral("\r\n\r\nEvery file with its outcome is listed in ") + path;
+    showWithAction(QStringLiteral("3"), text, lib_MsgAnswer(), QStringLiteral("&Open list"), [path] { openReport(path); });
+}
+
+void PublishRun::copyAll()
+{
+    BusyPointer busy;
+    const QDateTime started = QDateTime::currentDateTime();
+    m_report = std::make_unique<PublishReport>(m_names, m_settings, false, started);
+    m_reportPath = m_report->path();
+    m_latest = PublishSettings::zeroDate();
+    m_copied = 0;
+    m_failures = 0;
+    m_filesOut = 0;
+    m_cancelled = false;
+    m_written.clear();
+    appState().cancel = false;
+    PublishFamilies families(m_db, m_names.exclusionField);
+    PublishRules rules(m_settings, families);
+    const QStringList files = sourceFiles();
+    UserPrompt &port = prompt();
+    port.progressShow(m_names.progressText);
+    port.progressInit(int(files.size()));
+    {
+        // One flush to the disk at the end instead of one per copy.
+        DeferredSync sync;
+        for (qsizetype i = 0; i < files.size(); ++i) {
+            if (appState().cancel) {
+                m_cancelled = true;
+                m_report->finish(QStringLiteral("Stopped by the user after ") + QString::number(i) + QStringLiteral(" of ")
+                                 + QString::number(files.size()) + QStringLiteral(" files"));
+                break;
+            }
+            consider(rules, files.at(i));
+            if ((i + 1) % kProgressStep == 0 || i + 1 == files.size())
+                port.progressUpdate(int(i + 1), int(i + 1));
+        }
+    }
+    port.progressHide();
+    if (!m_cancelled)
+        m_report->finish();
+    DebugLog(m_names.command + QStringLiteral(": ") + lib_FormatCount(files.size(), QStringLiteral("file"))
+             + QStringLiteral(", ") + copiesText(m_copied) + QStringLiteral(" in ")
+             + lib_FormatElapsed(9, started.msecsTo(QDateTime::currentDateTime())));
+}
+
+void PublishRun::consider(PublishRules &rules, const QString &path)
+{
+    const Decision d = rules.decide(path);
+    if (d.verdict != Verdict::NotPhoto && d.verdict != Verdict::Vanished && d.verdict != Verdict::OutsideWindow)
+        m_latest = std::max(m_latest, d.modified);
+    PublishReport::Line line{relativeToSource(path), d.modified, QStringLiteral("left out"), PublishRules::reason(d, m_names),
+                             {}, -1, {}};
+    if (d.verdict == Verdict::FamilyUnknown)
+        lib_MsgWarning(QStringLiteral("Family ID ") + d.detail + QStringLiteral(" assigned to the file was not found in the db"));
+    if (d.verdict == Verdict::Copy)
+        copyFile(d, line);
+    m_report->add(line);
+}
+
+// Copies one photo under its name without the tag: once, or once per family folder. The report
+// line says where it went, what failed, and whether it replaced a copy made earlier in this run.
+void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
+{
+    QStringList failures;
+    QStringList notes;
+    for (const QString &relative : targetsOf(decision)) {
+        ++m_copied; // the message line counts every copy attempted
+        QString failure;
+        if (!copyOnce(decision.path, relative, failure)) {
+            failures << relative + QStringLiteral(": ") + failure;
+            continue;
+        }
+        const QString earlier = m_written.value(relative);
+        if (!earlier.isEmpty())
+            notes << QStringLiteral("replaced the copy of ") + earlier + QStringLiteral(" made earlier in this run");
+        m_written.insert(relative, line.path);
+        line.copiedTo << relative;
+    }
+    if (!line.copiedTo.isEmpty()) {
+        ++m_filesOut;
+        const QString first = lib_JoinPath(m_settings.tgtDir, line.copiedTo.first());
+        line.size = QFileInfo(first).size();
+        line.sha256 = Sha256OfFile(first);
+    }
+    line.outcome = failures.isEmpty() ? QStringLiteral("copied")
+        : line.copiedTo.isEmpty()     ? QStringLiteral("copy failed")
+                                      : QStringLiteral("partly copied");
+    line.reason = (failures + notes).join(QStringLiteral("; "));
+    if (!failures.isEmpty())
+        ++m_failures;
+}
+
+// One copy into the preparation folder. A target the family's folder name would lead outside
+// the folder is refused; a source that has gone is no reason to stop; any other failure asks
+// once whether to stop, since a full or failing disk fails every copy that follows.
+bool PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure)
+{
+    const ForeignPath target = ForeignPath::resolve(m_settings.tgtDir, relative);
+    if (!target.ok()) {
+        failure = QStringLiteral("not written, the name leads outside the preparation folder (") + target.refusal()
+            + QLatin1Char(')');
+        return false;
+    }
+    try {
+        const QString folder = lib_DirPart(target.path());
+        if (!lib_MakePath(folder))
+            throw Error(kLibErrorNumber, QStringLiteral("PublishRun"),
+                        QStringLiteral("The folder ") + folder + QStringLiteral(" could not be created"));
+        lib_CopyFile(source, target.path(), true);
+        return true;
+    } catch (const Error &e) {
+        if (!QFileInfo::exists(source)) {
+            failure = QStringLiteral("the file vanished during the run");
+            return false;
+        }
+        failure = QString(e.description()).replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+        if (!m_askedAfterFailure) {
+            m_askedAfterFailure = true;
+            if (lib_MsgYesNo(QStringLiteral("Failed to copy ") + source + QStringLiteral(".\r\nErr: ") + e.description()
+                             + QStringLiteral("\r\nFurther failures are only listed in the report.\r\nDo you wish to cancel?")))
+                appState().cancel = true;
+        }
+        return false;
+    }
+}
+
+void PublishRun::summarise()
+{
+    QString text = lib_FormatCount(m_copied, QStringLiteral("file")) + QStringLiteral(" copied to ") + m_settings.tgtDir
+        + QLatin1Char('.');
+    // The count above is of copies, as the message line gives it; with family folders a photo
+    // is copied more than once.
+    if (m_settings.inclFam && m_filesOut != m_copied)
+        text += QStringLiteral("\r\nThey are the copies of ") + lib_FormatCount(m_filesOut, QStringLiteral("file"))
+            + QStringLiteral(" of the Source Dir, one in the folder of each family of a photo.");
+    if (m_cancelled)
+        text += QStringLiteral("\r\nThe run was stopped before the end: the files after that were not considered.");
+    if (m_failures > 0)
+        text += QStringLiteral("\r\n") + lib_FormatCount(m_failures, QStringLiteral("file"))
+            + QStringLiteral(" could not be copied completely: see the report.");
+    text += QStringLiteral("\r\n\r\n") + m_report->totalsText()
+        + QStringLiteral("\r\n\r\nEvery decision, with the size and SHA-256 of each copy, is recorded in ") + m_reportPath;
+    const QString path = m_reportPath;
+    showWithAction(QStringLiteral("3"), text, lib_MsgAnswer(), QStringLiteral("&Open report"), [path] { openReport(path); });
+}
+
+void PublishRun::moveWindowOn()
+{
+    if (!lib_MsgYesNo(m_names.finalQuestion))
+        return;
+    WriteSetting(m_names.minDateKey, PublishSettings::formatDate(m_latest.addSecs(1)));
+    WriteSetting(m_names.maxDateKey, QStringLiteral("20991231 235959"));
+}
+
+} // namespace quillet

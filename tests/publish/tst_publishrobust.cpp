@@ -1,0 +1,171 @@
+// The preparation on awkward real folders: files that vanish during the run, copies that fail,
+// family names that would lead outside the preparation folder, two photos with one name. Each
+// leaves a clear report line, the run goes on where it can, and nothing is written outside the
+// preparation folder and the data folder.
+#include "publishfixture.h"
+
+#include "lib/appstate.h"
+
+#include <memory>
+
+using namespace quillet;
+using namespace quillet::test;
+
+class tst_PublishRobust : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PublishFixture> f;
+
+    QString web() const { return f->prep(webVariant()); }
+    QString report() const { return f->reports().isEmpty() ? QString() : f->reports().last(); }
+    QStringList said(const QString &file) const
+    {
+        return PublishFixture::rowOf(report(), file).mid(2, 3);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        f = std::make_unique<PublishFixture>();
+        QVERIFY(f->env.isValid());
+        appState().cancel = false;
+    }
+    void cleanup() { f.reset(); }
+
+    void fileVanishingDuringTheRun()
+    {
+        // The warning about file A comes while the run is under way; B goes at that moment.
+        f->photo(QStringLiteral("A(#44#).jpg"), kInside);
+        f->photo(QStringLiteral("B(#12#).jpg"), kInside);
+        f->photo(QStringLiteral("C(#12#).jpg"), kInside);
+        f->port.onMessage = [this](const ScriptedPrompt::Message &m) {
+            if (m.text.startsWith(QStringLiteral("Family ID 44")))
+                QFile::remove(f->src(QStringLiteral("B(#12#).jpg")));
+        };
+        f->run(webVariant());
+        QCOMPARE(said(QStringLiteral("B(#12#).jpg")), (QStringList{"left out", "no longer there", ""}));
+        QCOMPARE(said(QStringLiteral("C(#12#).jpg")), (QStringList{"copied", "", "C.jpg"}));
+        QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"C.jpg"});
+    }
+
+    void failedCopyAsksOnceAndGoesOn()
+    {
+        // A file where a family's folder should be: every copy into it fails.
+        WriteSetting(QStringLiteral("WebTgtInclFam"), true);
+        f->env.writeFile(QStringLiteral("web/Ann Lee"), "in the way");
+        f->photo(QStringLiteral("IMG_0001(#12#7#).jpg"), kInside);
+        f->photo(QStringLiteral("IMG_0002(#12#).jpg"), kInside);
+        f->photo(QStringLiteral("IMG_0003(#7#).jpg"), kInside);
+        f->port.answer(true);
+        f->port.answer(false); // do not cancel after the first failure
+        f->port.answer(false);
+        PublishRun run(PublishNames::web(), f->db);
+        run.run();
+        QCOMPARE(f->port.texts().filter(QStringLiteral("Do you wish to cancel?")).size(), 1);
+        QCOMPARE(PublishFixture::filesUnder(web()), (QStringList{"Ann Lee", "Bob/IMG_0001.jpg", "Bob/IMG_0003.jpg"}));
+        const QStringList first = PublishFixture::rowOf(report(), QStringLiteral("IMG_0001(#12#7#).jpg"));
+        QCOMPARE(first.at(2), QStringLiteral("partly copied"));
+        QVERIFY(first.at(3).startsWith(QStringLiteral("Ann Lee/IMG_0001.jpg: ")));
+        QCOMPARE(first.at(4), QStringLiteral("Bob/IMG_0001.jpg"));
+        QCOMPARE(said(QStringLiteral("IMG_0002(#12#).jpg")).first(), QStringLiteral("copy failed"));
+        QCOMPARE(run.copied(), 4); // the message line counts every copy attempted
+        QVERIFY(f->port.texts().filter(QStringLiteral("2 files could not be copied completely: see the report.")).size()
+                == 1);
+    }
+
+    void cancelAfterFailedCopyStopsTheRun()
+    {
+        WriteSetting(QStringLiteral("WebTgtInclFam"), true);
+        f->env.writeFile(QStringLiteral("web/Ann Lee"), "in the way");
+        f->photo(QStringLiteral("IMG_0001(#12#).jpg"), kInside);
+        f->photo(QStringLiteral("IMG_0002(#12#).jpg"), kInside);
+        f->port.answer(true);
+        f->port.answer(true); // cancel
+        PublishRun run(PublishNames::web(), f->db);
+        run.run();
+        QVERIFY(run.cancelled());
+        QVERIFY(!f->port.texts().contains(PublishNames::web().finalQuestion)); // the window is not moved on
+        QCOMPARE(said(QStringLiteral("IMG_0001(#12#).jpg")).first(), QStringLiteral("copy failed"));
+        QVERIFY(PublishFixture::rowOf(report(), QStringLiteral("IMG_0002(#12#).jpg")).isEmpty());
+        const QList<QStringList> rows = PublishFixture::rows(report());
+        QVERIFY(std::any_of(rows.begin(), rows.end(), [](const QStringList &r) {
+            return r.value(0) == QLatin1String("Stopped by the user after 1 of 2 files");
+        }));
+        QCOMPARE(ReadSetting(QStringLiteral("WebMinDate")), QStringLiteral("20240301 080000"));
+    }
+
+    void familyNameLeadingOutsideIsRefused_data()
+    {
+        QTest::addColumn<QString>("firstName");
+        QTest::newRow("parent") << "..";
+        QTest::newRow("absolute") << "/tmp";
+        QTest::newRow("climbing") << "../../escaped";
+    }
+
+    void familyNameLeadingOutsideIsRefused()
+    {
+        QFETCH(QString, firstName);
+        f->family(66, firstName, QVariant());
+        WriteSetting(QStringLiteral("WebTgtInclFam"), true);
+        f->photo(QStringLiteral("IMG_0001(#66#12#).jpg"), kInside);
+        const QStringList rootBefore = QDir(f->env.root()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        f->port.answer(true);
+        f->port.answer(false);
+        PublishRun(PublishNames::web(), f->db).run();
+        QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"Ann Lee/IMG_0001.jpg"});
+        QCOMPARE(QDir(f->env.root()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), rootBefore);
+        const QStringList row = PublishFixture::rowOf(report(), QStringLiteral("IMG_0001(#66#12#).jpg"));
+        QCOMPARE(row.at(2), QStringLiteral("partly copied"));
+        QVERIFY(row.at(3).contains(QStringLiteral("leads outside the preparation folder")));
+    }
+
+    void sameNameFromTwoFoldersIsNoted()
+    {
+        f->photo(QStringLiteral("Monday/IMG_0001(#12#).jpg"), kInside);
+        const QByteArray tuesday = f->photo(QStringLiteral("Tuesday/IMG_0001(#7#).jpg"), kInside);
+        f->run(webVariant());
+        QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"IMG_0001.jpg"});
+        QFile copy(web() + QStringLiteral("/IMG_0001.jpg"));
+        QVERIFY(copy.open(QIODevice::ReadOnly));
+        QCOMPARE(copy.readAll(), tuesday);
+        QCOMPARE(said(QStringLiteral("Tuesday/IMG_0001(#7#).jpg")),
+                 (QStringList{"copied", "replaced the copy of Monday/IMG_0001(#12#).jpg made earlier in this run",
+                              "IMG_0001.jpg"}));
+    }
+
+    // The report goes to the data folder, never into the folder that is uploaded or burnt, and
+    // its totals add up to the files considered.
+    void reportStaysOutOfThePreparationFolder()
+    {
+        f->photo(QStringLiteral("IMG_0001(#12#).jpg"), kInside);
+        f->photo(QStringLiteral("IMG_0002(#12#P#).jpg"), kInside);
+        f->photo(QStringLiteral("IMG_0003.jpg"), kInside);
+        f->photo(QStringLiteral("old/IMG_0004(#12#).jpg"), kWindowStart.addDays(-9));
+        f->privacy(webVariant(), true, false);
+        f->run(webVariant());
+        QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"IMG_0001.jpg"});
+        QCOMPARE(QFileInfo(report()).absolutePath(), QDir(AppPaths::dataDir()).absolutePath());
+        const QList<QStringList> rows = PublishFixture::rows(report());
+        const auto totals = std::find_if(rows.begin(), rows.end(), [](const QStringList &r) { return r.value(0) == "Totals"; });
+        QVERIFY(totals != rows.end());
+        QStringList lines;
+        for (auto it = totals + 1; it != rows.end() && it->size() == 2; ++it)
+            lines << it->join(QLatin1Char('='));
+        QCOMPARE(lines, (QStringList{"copied=1", "left out: marked Keep Private=1", "left out: not allocated=1",
+                                     "left out: outside the date window=1", "copies made=1"}));
+    }
+
+    void missingSourceDirIsReported()
+    {
+        WriteSetting(QStringLiteral("SrcDir"), f->env.path(QStringLiteral("unplugged")));
+        f->port.answer(true);
+        PublishRun(PublishNames::web(), f->db).run();
+        QVERIFY(f->port.lastText().startsWith(QStringLiteral("The Source Dir ") + f->env.path(QStringLiteral("unplugged"))));
+        QVERIFY(f->reports().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_PublishRobust)
+#include "tst_publishrobust.moc"
