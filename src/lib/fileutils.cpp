@@ -151,6 +151,18 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
         out.seek(done);
     }
     QByteArray buffer(1 << 20, Qt::Uninitialized);
+    for (;;) {
+        const qint64 n = in.read(buffer.data(), buffer.size());
+        if (n < 0)
+            return in.errorString();
+        if (n == 0)
+            break;
+        if (out.write(buffer.constData(), n) != n)
+            return out.errorString();
+        done += n;
+        if (progress && !progress(done, total))
+            return QStringLiteral("Copy cancelled");
+    }
     return finishCopy(out, temp);
 }
 
