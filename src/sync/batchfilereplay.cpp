@@ -218,7 +218,11 @@ QString BatchfileReplay::renameSource(const BatchfileEntry &entry)
     const QString src = resolve(entry, 0, m_settings.srcDir, refusal);
     if (!refusal.isEmpty())
         return refusal;
-    // The new name's file-name part, in the source photo's own folder.
+    // The new name is checked as it stands (no drive, no "..", nothing absolute), then its
+    // file-name part is taken, in the source photo's own folder.
+    resolve(entry, 1, m_settings.srcDir, refusal);
+    if (!refusal.isEmpty())
+        return refusal;
     QString newName = entry.operands.value(1);
     newName.replace(QLatin1Char('/'), QLatin1Char('\\'));
     newName = newName.section(QLatin1Char('\\'), -1);
