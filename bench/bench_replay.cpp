@@ -1,0 +1,174 @@
+// Replay throughput: a batchfile of 2,000 CS entries (plain copies of 100 camera-sized JPEGs into
+// 20 family folders) against the `cp` command copying the same files, and a batchfile of 10,000
+// NS entries against renaming the same files with rename(2) in a plain loop.
+#include "app/familydatabase.h"
+#include "app/settingsstore.h"
+#include "lib/apppaths.h"
+#include "lib/userprompt.h"
+#include "sync/batchfileprocessing.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <cstdio>
+
+using namespace quillet;
+
+namespace {
+
+constexpr int kPhotos = 100;
+constexpr int kFamilies = 20;
+constexpr int kRenames = 10000;
+
+QByteArray cameraJpeg()
+{
+    QImage image(4000, 3000, QImage::Format_RGB32);
+    QPainter p(&image);
+    QLinearGradient g(0, 0, 4000, 3000);
+    g.setColorAt(0, Qt::darkCyan);
+    g.setColorAt(1, Qt::darkYellow);
+    p.fillRect(image.rect(), g);
+    for (int i = 0; i < 400; ++i)
+        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
+    p.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPG", 90);
+    return bytes;
+}
+
+QStringList preparePhotos(const QString &srcDir)
+{
+    QStringList names;
+    const QString corpus = qEnvironmentVariable("QUILLET_BENCH_CORPUS");
+    if (!corpus.isEmpty()) {
+        for (const QString &name : QDir(corpus).entryList({"*.jpg", "*.JPG"}, QDir::Files, QDir::Name)) {
+            if (names.size() == kPhotos)
+                break;
+            QFile::copy(corpus + "/" + name, srcDir + "/" + name);
+            names << name;
+        }
+        return names;
+    }
+    const QByteArray jpeg = cameraJpeg();
+    for (int i = 0; i < kPhotos; ++i) {
+        names << QStringLiteral("IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
+        QFile f(srcDir + "/" + names.last());
+        f.open(QIODevice::WriteOnly);
+        f.write(jpeg);
+    }
+    return names;
+}
+
+void writeBatchfile(const QString &name, const QString &srcDir, const QString &tgtDir, const QByteArray &entries)
+{
+    QFile f(AppPaths::dataFile(name));
+    f.open(QIODevice::WriteOnly);
+    f.write(srcDir.toUtf8() + "\r\n" + tgtDir.toUtf8() + "\r\nNumber of times processed: 0\r\n" + entries);
+}
+
+// The questions are answered with their defaults (Yes: process it) by the quiet prompt.
+double timedReplay(FamilyDatabase &db)
+{
+    QElapsedTimer t;
+    t.start();
+    BatchfileProcessing(&db).ProcessBatchfiles();
+    return t.nsecsElapsed() / 1e9;
+}
+
+double timedCp(const QString &srcDir, const QStringList &names, const QString &tgtDir)
+{
+    QElapsedTimer t;
+    t.start();
+    for (int f = 0; f < kFamilies; ++f) {
+        const QString dir = tgtDir + QStringLiteral("/cp%1").arg(f);
+        QDir().mkpath(dir);
+        QStringList args;
+        for (const QString &n : names)
+            args << srcDir + "/" + n;
+        args << dir;
+        QProcess::execute(QStringLiteral("cp"), args);
+    }
+    return t.nsecsElapsed() / 1e9;
+}
+
+void benchCopies(FamilyDatabase &db, const QString &srcDir, const QString &tgtDir)
+{
+    const QStringList names = preparePhotos(srcDir);
+    QByteArray entries;
+    for (int f = 0; f < kFamilies; ++f) {
+        for (const QString &n : names)
+            entries += "CS\r\n" + n.toUtf8() + "\r\nFamily " + QByteArray::number(f) + "\\" + n.toUtf8() + "\r\n";
+    }
+    const double cpSeconds = timedCp(srcDir, names, tgtDir);
+    QDir(tgtDir).removeRecursively();
+    QDir().mkpath(tgtDir);
+    writeBatchfile(QStringLiteral("_Batchfile_161116204830_Other.log"), srcDir, tgtDir, entries);
+    const double replaySeconds = timedReplay(db);
+    const int copies = int(names.size()) * kFamilies;
+    std::printf("RESULT replay_copy %.1f files/s ratio=%.2f baseline=cp\n", copies / replaySeconds,
+                cpSeconds / replaySeconds);
+    QDir(tgtDir).removeRecursively();
+    QDir(srcDir).removeRecursively();
+    QDir().mkpath(tgtDir);
+    QDir().mkpath(srcDir);
+}
+
+void benchRenames(FamilyDatabase &db, const QString &srcDir, const QString &tgtDir)
+{
+    QByteArray entries;
+    for (int i = 0; i < kRenames; ++i) {
+        const QByteArray name = "IMG_" + QByteArray::number(i).rightJustified(5, '0');
+        QFile f(srcDir + "/" + QString::fromLatin1(name) + ".jpg");
+        f.open(QIODevice::WriteOnly);
+        f.write("x");
+        entries += "NS\r\n" + name + ".jpg\r\n" + name + "(#1#2#).jpg\r\n";
+    }
+    // The floor: the same renames in a plain loop, and back.
+    QElapsedTimer t;
+    t.start();
+    for (int i = 0; i < kRenames; ++i) {
+        const QString name = srcDir + QStringLiteral("/IMG_%1").arg(i, 5, 10, QLatin1Char('0'));
+        std::rename(QFile::encodeName(name + ".jpg").constData(), QFile::encodeName(name + "(#1#2#).jpg").constData());
+    }
+    const double loopSeconds = t.nsecsElapsed() / 1e9;
+    for (int i = 0; i < kRenames; ++i) {
+        const QString name = srcDir + QStringLiteral("/IMG_%1").arg(i, 5, 10, QLatin1Char('0'));
+        std::rename(QFile::encodeName(name + "(#1#2#).jpg").constData(), QFile::encodeName(name + ".jpg").constData());
+    }
+    writeBatchfile(QStringLiteral("_Batchfile_161116204831_Other.log"), srcDir, tgtDir, entries);
+    const double replaySeconds = timedReplay(db);
+    std::printf("RESULT replay_rename %.0f entries/s ratio=%.2f baseline=rename(2) loop\n", kRenames / replaySeconds,
+                loopSeconds / replaySeconds);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QTemporaryDir home;
+    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+        qputenv(var, home.path().toUtf8() + "/" + var);
+    QGuiApplication app(argc, argv);
+    const QString srcDir = home.path() + "/src", tgtDir = home.path() + "/tgt";
+    QDir().mkpath(srcDir);
+    QDir().mkpath(tgtDir);
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
+    FamilyDatabase::Provision(FamilyDatabase::DbPath());
+    FamilyDatabase db;
+    db.OpenDatabase();
+    for (const auto &[key, value] : QList<QPair<QString, QString>>{
+             {"SrcDir", srcDir}, {"TgtDir", tgtDir}, {"CreateBatchs", "0"}, {"PCname", "Bench"}})
+        WriteSetting(key, value);
+    benchCopies(db, srcDir, tgtDir);
+    benchRenames(db, srcDir, tgtDir);
+    return 0;
+}
