@@ -6,14 +6,12 @@
 #include "lib/apppaths.h"
 #include "lib/userprompt.h"
 #include "sync/batchfileprocessing.h"
+#include "benchphotos.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
-#include <QImage>
-#include <QPainter>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -26,47 +24,6 @@ namespace {
 constexpr int kPhotos = 100;
 constexpr int kFamilies = 20;
 constexpr int kRenames = 10000;
-
-QByteArray cameraJpeg()
-{
-    QImage image(4000, 3000, QImage::Format_RGB32);
-    QPainter p(&image);
-    QLinearGradient g(0, 0, 4000, 3000);
-    g.setColorAt(0, Qt::darkCyan);
-    g.setColorAt(1, Qt::darkYellow);
-    p.fillRect(image.rect(), g);
-    for (int i = 0; i < 400; ++i)
-        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPG", 90);
-    return bytes;
-}
-
-QStringList preparePhotos(const QString &srcDir)
-{
-    QStringList names;
-    const QString corpus = qEnvironmentVariable("QUILLET_BENCH_CORPUS");
-    if (!corpus.isEmpty()) {
-        for (const QString &name : QDir(corpus).entryList({"*.jpg", "*.JPG"}, QDir::Files, QDir::Name)) {
-            if (names.size() == kPhotos)
-                break;
-            QFile::copy(corpus + "/" + name, srcDir + "/" + name);
-            names << name;
-        }
-        return names;
-    }
-    const QByteArray jpeg = cameraJpeg();
-    for (int i = 0; i < kPhotos; ++i) {
-        names << QStringLiteral("IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
-        QFile f(srcDir + "/" + names.last());
-        f.open(QIODevice::WriteOnly);
-        f.write(jpeg);
-    }
-    return names;
-}
 
 void writeBatchfile(const QString &name, const QString &srcDir, const QString &tgtDir, const QByteArray &entries)
 {
@@ -102,7 +59,7 @@ double timedCp(const QString &srcDir, const QStringList &names, const QString &t
 
 void benchCopies(FamilyDatabase &db, const QString &srcDir, const QString &tgtDir)
 {
-    const QStringList names = preparePhotos(srcDir);
+    const QStringList names = prepareBenchPhotos(srcDir, kPhotos);
     QByteArray entries;
     for (int f = 0; f < kFamilies; ++f) {
         for (const QString &n : names)

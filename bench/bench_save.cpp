@@ -6,6 +6,7 @@
 #include "sync/batchfilejournal.h"
 #include "workspace/allocationsave.h"
 #include "workspace/workspace.h"
+#include "benchphotos.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -27,48 +28,6 @@ namespace {
 
 constexpr int kPhotos = 100;
 const QList<int> kFamilies{1, 2, 3};
-
-// A camera-sized JPEG (12 MP); the same picture serves every file name.
-QByteArray cameraJpeg()
-{
-    QImage image(4000, 3000, QImage::Format_RGB32);
-    QPainter p(&image);
-    QLinearGradient g(0, 0, 4000, 3000);
-    g.setColorAt(0, Qt::darkCyan);
-    g.setColorAt(1, Qt::darkYellow);
-    p.fillRect(image.rect(), g);
-    for (int i = 0; i < 400; ++i)
-        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPG", 90);
-    return bytes;
-}
-
-QStringList preparePhotos(const QString &srcDir)
-{
-    QStringList names;
-    const QString corpus = qEnvironmentVariable("QUILLET_BENCH_CORPUS");
-    if (!corpus.isEmpty()) {
-        for (const QString &name : QDir(corpus).entryList({"*.jpg", "*.JPG"}, QDir::Files, QDir::Name)) {
-            if (names.size() == kPhotos)
-                break;
-            QFile::copy(corpus + "/" + name, srcDir + "/" + name);
-            names << name;
-        }
-        return names;
-    }
-    const QByteArray jpeg = cameraJpeg();
-    for (int i = 0; i < kPhotos; ++i) {
-        names << QStringLiteral("IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
-        QFile f(srcDir + "/" + names.last());
-        f.open(QIODevice::WriteOnly);
-        f.write(jpeg);
-    }
-    return names;
-}
 
 // One Save of every listed photo to the three families; returns the seconds it took.
 double timedSave(Workspace &ws, AllocationSave &save)
@@ -148,7 +107,7 @@ int main(int argc, char **argv)
              {"AssnSubToTgt", "0"}, {"AssnSrcSubToTgt", "0"}, {"TargetResizeMD", "3"}, {"TargetResizeQ", "3"}})
         WriteSetting(key, value);
     Batchfile::InitBatchfile();
-    const QStringList names = preparePhotos(srcDir);
+    const QStringList names = prepareBenchPhotos(srcDir, kPhotos);
     const int copies = int(names.size() * kFamilies.size());
 
     Workspace ws(db, PhotoServices::Default());

@@ -163,36 +163,43 @@ QString BatchfileReplay::resolve(const BatchfileEntry &entry, int index, const Q
 QString BatchfileReplay::apply(const BatchfileEntry &entry, bool rotationDone)
 {
     const QString &op = entry.opcode;
-    if (op == QLatin1String(Batchfile::kCopySource))
-        return copySource(entry);
-    if (op == QLatin1String(Batchfile::kRenameSource))
-        return renameSource(entry);
-    if (op == QLatin1String(Batchfile::kDeleteSource))
-        return deleteSource(entry);
-    if (op == QLatin1String(Batchfile::kMoveSource))
-        return moveSource(entry);
-    if (op == QLatin1String(Batchfile::kRotateSourceLeft) || op == QLatin1String(Batchfile::kRotateSourceRight))
-        return rotateSource(entry, rotationDone);
-    if (op == QLatin1String(Batchfile::kDeleteTargetDir))
-        return deleteTargetDir(entry);
-    if (op == QLatin1String(Batchfile::kDeleteTargetFile))
-        return deleteTargetFile(entry);
-    if (op == QLatin1String(Batchfile::kRenameTargetDir))
-        return renameTargetDir(entry);
+    const auto is = [&op](const char *opcode) { return op == QLatin1String(opcode); };
+    if (m_settings.batchOnly && (is(Batchfile::kCopySource) || is(Batchfile::kDeleteTargetFile)))
+        return kIgnoredBatchOnly;
+    // Every operand is resolved under its base folder before anything is touched: a CS target and
+    // every operand of DTD, DTF and NTD under the Target Dir, the rest under the Source Dir (an NS
+    // new name is checked as written there; its name part is placed beside the photo later).
+    const bool targetOps = is(Batchfile::kDeleteTargetDir) || is(Batchfile::kDeleteTargetFile)
+        || is(Batchfile::kRenameTargetDir);
+    QStringList paths;
+    for (int i = 0; i < entry.operands.size(); ++i) {
+        const bool underTarget = targetOps || (is(Batchfile::kCopySource) && i == 1);
+        QString refusal;
+        paths << resolve(entry, i, underTarget ? m_settings.tgtDir : m_settings.srcDir, refusal);
+        if (!refusal.isEmpty())
+            return refusal;
+    }
+    if (is(Batchfile::kCopySource))
+        return copySource(entry, paths.at(0), paths.at(1));
+    if (is(Batchfile::kRenameSource))
+        return renameSource(entry, paths.at(0));
+    if (is(Batchfile::kDeleteSource))
+        return deleteSource(paths.at(0));
+    if (is(Batchfile::kMoveSource))
+        return moveSource(paths.at(0));
+    if (is(Batchfile::kRotateSourceLeft) || is(Batchfile::kRotateSourceRight))
+        return rotateSource(paths.at(0), is(Batchfile::kRotateSourceRight), rotationDone);
+    if (is(Batchfile::kDeleteTargetDir))
+        return attempt([&] { return lib_DeleteDir(paths.at(0), false); }) ? kOk : QStringLiteral("failed to delete dir");
+    if (is(Batchfile::kDeleteTargetFile))
+        return deleteTargetFile(paths.at(0));
+    if (is(Batchfile::kRenameTargetDir))
+        return renameTargetDir(paths.at(0), paths.at(1));
     return QStringLiteral("failed, unknown opcode");
 }
 
-QString BatchfileReplay::copySource(const BatchfileEntry &entry)
+QString BatchfileReplay::copySource(const BatchfileEntry &entry, const QString &src, const QString &target)
 {
-    if (m_settings.batchOnly)
-        return kIgnoredBatchOnly;
-    QString refusal;
-    const QString src = resolve(entry, 0, m_settings.srcDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
-    const QString target = resolve(entry, 1, m_settings.tgtDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
     if (!isSourceFile(src))
         return kSourceNotFound;
     if (!lib_MakePath(lib_DirPart(target)))
@@ -212,17 +219,9 @@ QString BatchfileReplay::copySource(const BatchfileEntry &entry)
     return copied ? kOk : QStringLiteral("failed to copy file");
 }
 
-QString BatchfileReplay::renameSource(const BatchfileEntry &entry)
+QString BatchfileReplay::renameSource(const BatchfileEntry &entry, const QString &src)
 {
-    QString refusal;
-    const QString src = resolve(entry, 0, m_settings.srcDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
-    // The new name is checked as it stands (no drive, no "..", nothing absolute), then its
-    // file-name part is taken, in the source photo's own folder.
-    resolve(entry, 1, m_settings.srcDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
+    // The new name's file-name part, in the source photo's own folder.
     QString newName = entry.operands.value(1);
     newName.replace(QLatin1Char('/'), QLatin1Char('\\'));
     newName = newName.section(QLatin1Char('\\'), -1);
@@ -231,6 +230,7 @@ QString BatchfileReplay::renameSource(const BatchfileEntry &entry)
     const int cut = sourceRelative.lastIndexOf(QLatin1Char('\\'));
     BatchfileEntry renamed = entry;
     renamed.operands[1] = cut < 0 ? newName : sourceRelative.left(cut + 1) + newName;
+    QString refusal;
     const QString target = resolve(renamed, 1, m_settings.srcDir, refusal);
     if (!refusal.isEmpty())
         return refusal;
@@ -246,23 +246,15 @@ QString BatchfileReplay::renameSource(const BatchfileEntry &entry)
     return QStringLiteral("failed to rename file");
 }
 
-QString BatchfileReplay::deleteSource(const BatchfileEntry &entry)
+QString BatchfileReplay::deleteSource(const QString &src)
 {
-    QString refusal;
-    const QString src = resolve(entry, 0, m_settings.srcDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
     if (QFileInfo(src).isDir())
         return QStringLiteral("failed to delete file");
     return attempt([&] { return lib_KillFile(src); }) ? kOk : QStringLiteral("failed to delete file");
 }
 
-QString BatchfileReplay::moveSource(const BatchfileEntry &entry)
+QString BatchfileReplay::moveSource(const QString &src)
 {
-    QString refusal;
-    const QString src = resolve(entry, 0, m_settings.srcDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
     const QString putAside = PhotoOperations::PutAsideDir();
     lib_MakePath(putAside);
     const QString destination = putAside + QFileInfo(src).fileName();
@@ -278,52 +270,24 @@ QString BatchfileReplay::moveSource(const BatchfileEntry &entry)
     return moved ? kOk : QStringLiteral("failed to move file");
 }
 
-QString BatchfileReplay::rotateSource(const BatchfileEntry &entry, bool rotationDone)
+QString BatchfileReplay::rotateSource(const QString &src, bool clockwise, bool rotationDone)
 {
-    QString refusal;
-    const QString src = resolve(entry, 0, m_settings.srcDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
     if (!isSourceFile(src))
         return kSourceNotFound;
     if (rotationDone)
         return QStringLiteral("skipped, already rotated");
-    const bool clockwise = entry.opcode == QLatin1String(Batchfile::kRotateSourceRight);
     return RotateJpeg(src, clockwise) ? kOk : kRotateFailed;
 }
 
-QString BatchfileReplay::deleteTargetDir(const BatchfileEntry &entry)
+QString BatchfileReplay::deleteTargetFile(const QString &file)
 {
-    QString refusal;
-    const QString folder = resolve(entry, 0, m_settings.tgtDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
-    const bool deleted = attempt([&] { return lib_DeleteDir(folder, false); });
-    return deleted ? kOk : QStringLiteral("failed to delete dir");
-}
-
-QString BatchfileReplay::deleteTargetFile(const BatchfileEntry &entry)
-{
-    if (m_settings.batchOnly)
-        return kIgnoredBatchOnly;
-    QString refusal;
-    const QString file = resolve(entry, 0, m_settings.tgtDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
     if (QFileInfo(file).isDir())
         return QStringLiteral("failed to delete file");
     return attempt([&] { return lib_KillFile(file, true); }) ? kOk : QStringLiteral("failed to delete file");
 }
 
-QString BatchfileReplay::renameTargetDir(const BatchfileEntry &entry)
+QString BatchfileReplay::renameTargetDir(const QString &from, const QString &to)
 {
-    QString refusal;
-    const QString from = resolve(entry, 0, m_settings.tgtDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
-    const QString to = resolve(entry, 1, m_settings.tgtDir, refusal);
-    if (!refusal.isEmpty())
-        return refusal;
     // Never onto an existing name: a rename that replaced an empty folder would hide the mistake.
     if (QFileInfo::exists(to) || !QDir().rename(from, to))
         return QStringLiteral("failed to rename dir");

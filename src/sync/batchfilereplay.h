@@ -67,14 +67,14 @@ public:
     static bool isRotationDoneResult(const QString &line);
 
 private:
-    QString copySource(const BatchfileEntry &entry);
-    QString renameSource(const BatchfileEntry &entry);
-    QString deleteSource(const BatchfileEntry &entry);
-    QString moveSource(const BatchfileEntry &entry);
-    QString rotateSource(const BatchfileEntry &entry, bool rotationDone);
-    QString deleteTargetDir(const BatchfileEntry &entry);
-    QString deleteTargetFile(const BatchfileEntry &entry);
-    QString renameTargetDir(const BatchfileEntry &entry);
+    // One opcode each, on operands resolved already.
+    QString copySource(const BatchfileEntry &entry, const QString &src, const QString &target);
+    QString renameSource(const BatchfileEntry &entry, const QString &src);
+    QString deleteSource(const QString &src);
+    QString moveSource(const QString &src);
+    QString rotateSource(const QString &src, bool clockwise, bool rotationDone);
+    QString deleteTargetFile(const QString &file);
+    QString renameTargetDir(const QString &from, const QString &to);
 
     // Resolves operand `index` against `base`; on refusal logs it and sets `refusal`.
     QString resolve(const BatchfileEntry &entry, int index, const QString &base, QString &refusal) const;

@@ -102,7 +102,7 @@ bool frmMain::StartUp()
     });
     lib_Stopwatch(1);
     runStep(QStringLiteral("CleanupOldBatchfiles"), [] { BatchfileProcessing::CleanupOldBatchfiles(); });
-    DebugLogTiming(QStringLiteral("CleanupOldBatchfiles"));
+    DebugLogTiming(QStringLiteral("CleanupOldBatchfiles")); // the log line reads "CleanupOldBatchfiles: " and the time
     lib_Stopwatch(1);
     const bool opened = m_db.OpenDatabase();
     DebugLogTiming(QStringLiteral("OpenDatabase"));
