@@ -6,7 +6,7 @@
 #include "lib/apppaths.h"
 #include "lib/userprompt.h"
 #include "sync/batchfileprocessing.h"
-#include "benchphotos.h"
+#include "benchsupport.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -41,22 +41,6 @@ double timedReplay(FamilyDatabase &db)
     return t.nsecsElapsed() / 1e9;
 }
 
-double timedCp(const QString &srcDir, const QStringList &names, const QString &tgtDir)
-{
-    QElapsedTimer t;
-    t.start();
-    for (int f = 0; f < kFamilies; ++f) {
-        const QString dir = tgtDir + QStringLiteral("/cp%1").arg(f);
-        QDir().mkpath(dir);
-        QStringList args;
-        for (const QString &n : names)
-            args << srcDir + "/" + n;
-        args << dir;
-        QProcess::execute(QStringLiteral("cp"), args);
-    }
-    return t.nsecsElapsed() / 1e9;
-}
-
 void benchCopies(FamilyDatabase &db, const QString &srcDir, const QString &tgtDir)
 {
     const QStringList names = prepareBenchPhotos(srcDir, kPhotos);
@@ -65,7 +49,7 @@ void benchCopies(FamilyDatabase &db, const QString &srcDir, const QString &tgtDi
         for (const QString &n : names)
             entries += "CS\r\n" + n.toUtf8() + "\r\nFamily " + QByteArray::number(f) + "\\" + n.toUtf8() + "\r\n";
     }
-    const double cpSeconds = timedCp(srcDir, names, tgtDir);
+    const double cpSeconds = timedCp(srcDir, names, tgtDir, kFamilies);
     QDir(tgtDir).removeRecursively();
     QDir().mkpath(tgtDir);
     writeBatchfile(QStringLiteral("_Batchfile_161116204830_Other.log"), srcDir, tgtDir, entries);
@@ -111,15 +95,9 @@ void benchRenames(FamilyDatabase &db, const QString &srcDir, const QString &tgtD
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir home;
-    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
-        qputenv(var, home.path().toUtf8() + "/" + var);
+    BenchHome home;
     QGuiApplication app(argc, argv);
-    const QString srcDir = home.path() + "/src", tgtDir = home.path() + "/tgt";
-    QDir().mkpath(srcDir);
-    QDir().mkpath(tgtDir);
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
-    FamilyDatabase::Provision(FamilyDatabase::DbPath());
+    const QString srcDir = home.srcDir, tgtDir = home.tgtDir;
     FamilyDatabase db;
     db.OpenDatabase();
     for (const auto &[key, value] : QList<QPair<QString, QString>>{

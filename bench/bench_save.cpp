@@ -6,7 +6,7 @@
 #include "sync/batchfilejournal.h"
 #include "workspace/allocationsave.h"
 #include "workspace/workspace.h"
-#include "benchphotos.h"
+#include "benchsupport.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -53,22 +53,6 @@ void reset(Workspace &ws, const QString &tgtDir)
     QDir().mkpath(tgtDir);
 }
 
-double timedCp(const QString &srcDir, const QStringList &names, const QString &tgtDir)
-{
-    QElapsedTimer t;
-    t.start();
-    for (int f = 0; f < kFamilies.size(); ++f) {
-        const QString dir = tgtDir + QStringLiteral("/cp%1").arg(f);
-        QDir().mkpath(dir);
-        QStringList args;
-        for (const QString &n : names)
-            args << srcDir + "/" + n;
-        args << dir;
-        QProcess::execute(QStringLiteral("cp"), args);
-    }
-    return t.nsecsElapsed() / 1e9;
-}
-
 double timedDecodeRescale(const QString &srcDir, const QStringList &names)
 {
     QElapsedTimer t;
@@ -88,15 +72,9 @@ double timedDecodeRescale(const QString &srcDir, const QStringList &names)
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir home;
-    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
-        qputenv(var, home.path().toUtf8() + "/" + var);
+    BenchHome home;
     QGuiApplication app(argc, argv);
-    const QString srcDir = home.path() + "/src", tgtDir = home.path() + "/tgt";
-    QDir().mkpath(srcDir);
-    QDir().mkpath(tgtDir);
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
-    FamilyDatabase::Provision(FamilyDatabase::DbPath());
+    const QString srcDir = home.srcDir, tgtDir = home.tgtDir;
     FamilyDatabase db;
     db.OpenDatabase();
     for (int id : kFamilies)
@@ -118,7 +96,7 @@ int main(int argc, char **argv)
     AllocationSave save(ws);
 
     WriteSetting(QStringLiteral("TargetResize"), false);
-    const double cpSeconds = timedCp(srcDir, names, tgtDir);
+    const double cpSeconds = timedCp(srcDir, names, tgtDir, int(kFamilies.size()));
     QDir(tgtDir).removeRecursively();
     QDir().mkpath(tgtDir);
     const double copySeconds = timedSave(ws, save);

@@ -1,10 +1,15 @@
-#include "benchphotos.h"
+#include "benchsupport.h"
+
+#include "app/familydatabase.h"
 
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QElapsedTimer>
 #include <QPainter>
+#include <QProcess>
+#include <QStandardPaths>
 
 namespace {
 
@@ -52,3 +57,31 @@ QStringList prepareBenchPhotos(const QString &srcDir, int count)
     return names;
 }
 
+
+BenchHome::BenchHome()
+{
+    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+        qputenv(var, dir.path().toUtf8() + "/" + var);
+    srcDir = dir.path() + "/src";
+    tgtDir = dir.path() + "/tgt";
+    QDir().mkpath(srcDir);
+    QDir().mkpath(tgtDir);
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
+    quillet::FamilyDatabase::Provision(quillet::FamilyDatabase::DbPath());
+}
+
+double timedCp(const QString &srcDir, const QStringList &names, const QString &tgtDir, int folders)
+{
+    QElapsedTimer t;
+    t.start();
+    for (int f = 0; f < folders; ++f) {
+        const QString dir = tgtDir + QStringLiteral("/cp%1").arg(f);
+        QDir().mkpath(dir);
+        QStringList args;
+        for (const QString &n : names)
+            args << srcDir + "/" + n;
+        args << dir;
+        QProcess::execute(QStringLiteral("cp"), args);
+    }
+    return t.nsecsElapsed() / 1e9;
+}
