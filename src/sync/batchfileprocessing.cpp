@@ -78,6 +78,20 @@ EarlierReplays earlierReplays(const QString &fileName, const BatchfileContent &c
     return earlier;
 }
 
+// Opens each done batchfile with the desktop's program for it, once per listed entry. Where the
+// desktop has none, the user is told once per file where to find it.
+void openForReview(const QStringList &paths)
+{
+    QSet<QString> told;
+    for (const QString &path : paths) {
+        if (!prompt().openWithDefaultProgram(path) && !told.contains(path)) {
+            told.insert(path);
+            lib_MsgWarning(QStringLiteral("Could not open ") + path
+                           + QStringLiteral(" here. Open it in a text editor to review it."));
+        }
+    }
+}
+
 } // namespace
 
 BatchfileProcessing::BatchfileProcessing(FamilyDatabase *db)
@@ -213,8 +227,7 @@ void BatchfileProcessing::finish(const ReplayOutcome &outcome)
         lib_MsgWarning(QStringLiteral("There were errors during processing of the batchfiles.  Review the batchfile "
                                       "(which will be opened in a moment) looking for lines starting 'Results: "
                                       "failed'."));
-        for (const QString &path : outcome.failures)
-            port.openWithDefaultProgram(path);
+        openForReview(outcome.failures);
     }
     if (!outcome.notFound.isEmpty()
         && lib_MsgYesNo(QStringLiteral("Some source files were not found during processing of the batchfiles.  This "
@@ -222,8 +235,7 @@ void BatchfileProcessing::finish(const ReplayOutcome &outcome)
                                        "required, review the batchfiles. Would you like to open these now? (look "
                                        "for lines starting 'Results: source')."),
                         0, false)) {
-        for (const QString &path : outcome.notFound)
-            port.openWithDefaultProgram(path);
+        openForReview(outcome.notFound);
     }
 }
 

@@ -117,16 +117,15 @@ bool BatchfileReplay::run(const BatchfileContent &content, QFile &done)
     for (const BatchfileEntry &entry : content.entries) {
         if (appState().cancel)
             return false;
-        // The entry is on record before it is carried out, its result after.
-        QByteArray lines = entry.opcode.toUtf8() + "\r\n";
-        for (const QByteArray &raw : entry.rawOperands)
-            lines += raw + "\r\n";
-        done.write(lines);
-        done.flush();
         const bool rotationDone = m_rotationsDone.contains(operationsDone)
             || (entry.lineAfter && isRotationDoneResult(*entry.lineAfter));
         const QString result = apply(entry, rotationDone);
-        done.write("Results: " + result.toUtf8() + "\r\n");
+        // The entry goes on record with its result as soon as it is carried out, so a run that
+        // is killed leaves a done copy that tells the next run which rotations took place.
+        QByteArray lines = entry.opcode.toUtf8() + "\r\n";
+        for (const QByteArray &raw : entry.rawOperands)
+            lines += raw + "\r\n";
+        done.write(lines + "Results: " + result.toUtf8() + "\r\n");
         done.flush();
         record(result, done.fileName());
         ++operationsDone;

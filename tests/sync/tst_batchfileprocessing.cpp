@@ -219,6 +219,19 @@ private Q_SLOTS:
         QCOMPARE(f->port.opened, (QStringList{done, done, done}));
     }
 
+    void aDesktopWithoutAnEditorIsToldWhereTheRecordIs()
+    {
+        f->port.openResult = false;
+        f->env.writeFile("tgt/Blocked", "x");
+        f->batchfile({"CS", "IMG.jpg", "Blocked\\a.jpg", "DTD", "..\\x"});
+        f->photo("IMG.jpg");
+        f->process();
+        const QString done = BatchfileName::doneFolder() + "/" + f->doneFiles().first();
+        QCOMPARE(f->port.opened.size(), 2);
+        QCOMPARE(f->port.texts().filter("Could not open").size(), 1);
+        QCOMPARE(f->port.lastText(), "Could not open " + done + " here. Open it in a text editor to review it.");
+    }
+
     void failedRotationIsNoError()
     {
         f->env.writeFile("src/NOTAJPEG.jpg", "not a picture");
