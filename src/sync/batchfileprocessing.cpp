@@ -17,6 +17,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 namespace quillet {
 
@@ -138,6 +139,15 @@ QStringList BatchfileProcessing::FindBatchfiles(const QString &pcName)
 
 void BatchfileProcessing::ProcessBatchfiles()
 {
+    // The progress window lets events run between entries; a Refresh chosen meanwhile must not
+    // start a second replay of the same batchfile.
+    static bool running = false;
+    if (running) {
+        DebugLog(QStringLiteral("ProcessBatchfiles: a replay is running already"));
+        return;
+    }
+    running = true;
+    const auto done = qScopeGuard([] { running = false; });
     m_clock.start();
     m_questionMs = 0;
     m_blockedPcs.clear();
