@@ -2,6 +2,7 @@
 
 #include "app/settingsstore.h"
 #include "allocationcommands.h"
+#include "frmfamilies.h"
 #include "frmsettings.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
@@ -190,6 +191,24 @@ void frmMain::openSettings()
     m_settings->show();
 }
 
+void frmMain::openFamilies()
+{
+    auto *editor = new frmFamilies(m_db, this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    editor->setWindowModality(Qt::ApplicationModal);
+    // Emptied and built again, no selection kept: a selected family may have gone or changed name.
+    const auto rebuild = [this] {
+        runStep(QStringLiteral("mnuFamilies_Click()"), [this] {
+            m_ws->ReloadFamilyCollections();
+            m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
+        });
+    };
+    connect(editor, &frmFamilies::familiesChanged, this, rebuild);
+    connect(editor, &QDialog::finished, this, rebuild);
+    editor->LoadList();
+    editor->show();
+}
+
 void frmMain::afterSettingsSaved()
 {
     runStep(QStringLiteral("cmdSave_Click()"), [this] {
@@ -237,11 +256,12 @@ void frmMain::wireCommands()
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
     });
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
+    connect(m_menus.mnuFamilies, &QAction::triggered, this, &frmMain::openFamilies);
     // Refresh: new photos in the Source Dir, changed settings and families are read again.
     connect(m_menus.mnuRefresh, &QAction::triggered, this, &frmMain::Refresh);
     new BatchfileCommands(*this);
     // Commands whose work is not part of this build stay unavailable rather than pretending.
-    for (QAction *a : {m_menus.mnuFamilies, m_menus.mnuCheckUpdates})
+    for (QAction *a : {m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     // Save follows the selections, Undo and review the undo levels.
     m_ui.cmdSave->setEnabled(false);
