@@ -1,11 +1,13 @@
 #include "batchfilename.h"
 
 #include "lib/apppaths.h"
+#include "lib/debuglog.h"
 #include "lib/fileutils.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSet>
 
 namespace quillet::BatchfileName {
 
@@ -19,6 +21,15 @@ bool isConflictCopy(const QString &fileName)
     return fileName.contains(QLatin1String(".sync-conflict-"), Qt::CaseInsensitive)
         || fileName.contains(QLatin1String("(conflicted copy"), Qt::CaseInsensitive)
         || fileName.contains(QLatin1String("(conflict"), Qt::CaseInsensitive);
+}
+
+void reportConflictCopy(const QString &path)
+{
+    static QSet<QString> reported;
+    if (reported.contains(path))
+        return;
+    reported.insert(path);
+    DebugLog(QStringLiteral("   Found ") + path + QStringLiteral(", a conflict copy made by a folder-sync tool, ignore"));
 }
 
 bool isBatchfile(const QString &fileName)

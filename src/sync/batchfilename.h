@@ -18,6 +18,8 @@ QString doneFolder();
 bool isBatchfile(const QString &fileName);
 // A conflict copy left by a folder-sync tool (".sync-conflict-", "(conflicted copy", "(Conflict").
 bool isConflictCopy(const QString &fileName);
+// Writes one debug log line about a conflict copy at `path`, the first time in this session only.
+void reportConflictCopy(const QString &path);
 
 // True when the name is "_Batchfile_" + twelve characters + "_" + pcName + ".log". The replay
 // compares with letter case, the export and import without.

@@ -25,16 +25,6 @@ namespace {
 
 const QString kCrLf = QStringLiteral("\r\n");
 
-// Conflict copies that a folder-sync tool left are reported once per session.
-void reportConflictCopy(const QString &path)
-{
-    static QSet<QString> reported;
-    if (reported.contains(path))
-        return;
-    reported.insert(path);
-    DebugLog(QStringLiteral("   Found ") + path + QStringLiteral(", a conflict copy made by a folder-sync tool, ignore"));
-}
-
 QString processQuestion(const QString &sendingPc, const BatchfileContent &content, const ReplaySettings &s)
 {
     return QStringList{QStringLiteral("Found batchfile from:  ") + sendingPc, QString(),
@@ -118,7 +108,7 @@ QStringList BatchfileProcessing::FindBatchfiles(const QString &pcName)
         if (!name.startsWith(QLatin1String("_Batchfile_"), Qt::CaseInsensitive))
             continue;
         if (BatchfileName::isConflictCopy(name)) {
-            reportConflictCopy(entry.absoluteFilePath());
+            BatchfileName::reportConflictCopy(entry.absoluteFilePath());
             continue;
         }
         if (!BatchfileName::isBatchfile(name))

@@ -29,8 +29,7 @@ QFileInfoList batchfilesIn(const QString &folder)
     const QFileInfoList entries = QDir(folder).entryInfoList(QDir::Files | QDir::System, QDir::Name);
     for (const QFileInfo &entry : entries) {
         if (BatchfileName::isConflictCopy(entry.fileName())) {
-            DebugLog(QStringLiteral("   ") + entry.absoluteFilePath()
-                     + QStringLiteral(" is a conflict copy made by a folder-sync tool; left alone"));
+            BatchfileName::reportConflictCopy(entry.absoluteFilePath()); // and left alone
             continue;
         }
         if (BatchfileName::isBatchfile(entry.fileName()))
