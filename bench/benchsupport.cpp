@@ -1,38 +1,13 @@
 #include "benchsupport.h"
+#include "camerajpeg.h"
 
 #include "app/familydatabase.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QFile>
-#include <QImage>
 #include <QElapsedTimer>
-#include <QPainter>
 #include <QProcess>
 #include <QStandardPaths>
-
-namespace {
-
-// A camera-sized JPEG (12 MP); the same picture serves every file name.
-QByteArray cameraJpeg()
-{
-    QImage image(4000, 3000, QImage::Format_RGB32);
-    QPainter p(&image);
-    QLinearGradient g(0, 0, 4000, 3000);
-    g.setColorAt(0, Qt::darkCyan);
-    g.setColorAt(1, Qt::darkYellow);
-    p.fillRect(image.rect(), g);
-    for (int i = 0; i < 400; ++i)
-        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPG", 90);
-    return bytes;
-}
-
-} // namespace
 
 QStringList prepareBenchPhotos(const QString &srcDir, int count)
 {
