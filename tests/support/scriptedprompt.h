@@ -4,6 +4,7 @@
 
 #include <QQueue>
 #include <QStringList>
+#include <functional>
 
 namespace quillet::test {
 
@@ -41,6 +42,8 @@ public:
     bool progressVisible = false;
     // Raise the cancel flag when the progress reaches this position (0: never).
     int cancelAtPosition = 0;
+    // Runs at every progress update, as a click the window let through while a long run goes on.
+    std::function<void(int position)> duringProgress;
 
     QStringList opened;        // openWithDefaultProgram
     bool openResult = true;    // what openWithDefaultProgram answers

@@ -296,6 +296,18 @@ private Q_SLOTS:
         QCOMPARE(f->doneFiles().size(), 2);
     }
 
+    void refreshDuringAReplayStartsNoSecondOne()
+    {
+        f->photo("A.jpg", QSize(64, 48));
+        f->batchfile({"RSL", "A.jpg", "CS", "A.jpg", "Ann\\A.jpg"});
+        f->port.duringProgress = [this](int) { BatchfileProcessing(&f->db).ProcessBatchfiles(); };
+        f->process();
+        QCOMPARE(f->doneFiles().size(), 1);
+        QCOMPARE(f->results(), (QStringList{"ok", "ok"}));
+        QCOMPARE(sizeOf(f->src("A.jpg")), QSize(48, 64));
+        QVERIFY(f->debugLog().contains("a replay is running already"));
+    }
+
     void malformedBatchfileIsKeptAndBlocksLaterOnesOfItsPc()
     {
         f->photo("IMG.jpg");
