@@ -8,7 +8,9 @@
 #include "publishcommands.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
+#include "batchfilecommands.h"
 #include "sync/batchfilejournal.h"
+#include "sync/batchfileprocessing.h"
 #include "app/startup.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
@@ -104,13 +106,16 @@ bool frmMain::StartUp()
         m_ui.lblVersion->setText(Startup::VersionLine());
     });
     lib_Stopwatch(1);
+    runStep(QStringLiteral("CleanupOldBatchfiles"), [] { BatchfileProcessing::CleanupOldBatchfiles(); });
+    DebugLogTiming(QStringLiteral("CleanupOldBatchfiles")); // the log line reads "CleanupOldBatchfiles: " and the time
+    lib_Stopwatch(1);
     const bool opened = m_db.OpenDatabase();
     DebugLogTiming(QStringLiteral("OpenDatabase"));
     if (!opened) {
         QGuiApplication::restoreOverrideCursor();
         return false; // the fatal message has been shown
     }
-    runStep(QStringLiteral("InitBatchfile"), [] { Batchfile::InitBatchfile(); });
+    runStep(QStringLiteral("InitBatchfile"), [this] { Batchfile::InitBatchfile([this] { ProcessBatchfiles(); }); });
     runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });
     runStep(QStringLiteral("StartUp: undo store"), [this] { m_ws->CreateUndos(); });
     runStep(QStringLiteral("StartUp: large picture"), [this] {
@@ -214,7 +219,7 @@ void frmMain::afterSettingsSaved()
 {
     runStep(QStringLiteral("cmdSave_Click()"), [this] {
         m_db.WriteFamilyIDsCsv();
-        Batchfile::InitBatchfile();
+        Batchfile::InitBatchfile([this] { ProcessBatchfiles(); });
         InitButtons();
     });
     // The dialog closes after this signal; the lists follow the new settings once it has gone.
@@ -241,8 +246,8 @@ void frmMain::InitButtons()
     const bool batchXfr = !ReadSetting(QStringLiteral("BatchXfrDir")).isEmpty();
     m_menus.mnuPrepWebUpload->setEnabled(!ReadSetting(QStringLiteral("WebTgtDir")).isEmpty());
     m_menus.mnuPrepCopyToCD->setEnabled(!ReadSetting(QStringLiteral("CdTgtDir")).isEmpty());
-    for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatch,
-                       m_menus.mnuImportBatch})
+    for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatchfiles,
+                       m_menus.mnuImportBatchfiles})
         a->setEnabled(batchXfr);
     m_menus.mnuImportPortable->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
 }
@@ -259,18 +264,28 @@ void frmMain::wireCommands()
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
     connect(m_menus.mnuFamilies, &QAction::triggered, this, &frmMain::openFamilies);
     // Refresh: new photos in the Source Dir, changed settings and families are read again.
-    connect(m_menus.mnuRefresh, &QAction::triggered, this, [this] {
-        runStep(QStringLiteral("mnuRefresh_Click()"), [this] {
-            InitButtons();
-            InitData();
-        });
-    });
+    connect(m_menus.mnuRefresh, &QAction::triggered, this, &frmMain::Refresh);
+    new BatchfileCommands(*this);
     // Commands whose work is not part of this build stay unavailable rather than pretending.
     for (QAction *a : {m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     // Save follows the selections, Undo and review the undo levels.
     m_ui.cmdSave->setEnabled(false);
     m_menus.mnuSave->setEnabled(false);
+}
+
+void frmMain::Refresh()
+{
+    runStep(QStringLiteral("mnuRefresh_Click()"), [this] {
+        InitButtons();
+        ProcessBatchfiles();
+        InitData();
+    });
+}
+
+void frmMain::ProcessBatchfiles()
+{
+    BatchfileProcessing(&m_db).ProcessBatchfiles();
 }
 
 void frmMain::onExitClicked()

@@ -77,6 +77,8 @@ void ScriptedPrompt::progressUpdate(int position, int)
     progressPositions << position;
     if (cancelAtPosition > 0 && position >= cancelAtPosition)
         appState().cancel = true;
+    if (duringProgress)
+        duringProgress(position);
 }
 
 void ScriptedPrompt::progressHide()

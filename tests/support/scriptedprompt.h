@@ -45,6 +45,8 @@ public:
     bool progressVisible = false;
     // Raise the cancel flag when the progress reaches this position (0: never).
     int cancelAtPosition = 0;
+    // Runs at every progress update, as a click the window let through while a long run goes on.
+    std::function<void(int position)> duringProgress;
 
     // What the file choosers were asked to offer, in order.
     struct FileDialog

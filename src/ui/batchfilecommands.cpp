@@ -1,0 +1,59 @@
+#include "batchfilecommands.h"
+
+#include "frmmain.h"
+#include "sync/batchfiletransfer.h"
+#include "lib/error.h"
+#include "lib/errorhandler.h"
+
+#include <QAction>
+
+namespace quillet {
+
+namespace {
+
+template<typename F>
+void guarded(const char *procName, F &&command)
+{
+    try {
+        command();
+    } catch (const Error &e) {
+        lib_ErrorHandler(QLatin1String(procName), e);
+    } catch (const std::exception &e) {
+        lib_ErrorHandler(QLatin1String(procName), 0, QString::fromLocal8Bit(e.what()));
+    }
+}
+
+} // namespace
+
+BatchfileCommands::BatchfileCommands(frmMain &window)
+    : QObject(&window)
+    , m_window(window)
+{
+    connect(window.menus().mnuExportBatchfiles, &QAction::triggered, this, &BatchfileCommands::mnuExportBatchfiles);
+    connect(window.menus().mnuImportBatchfiles, &QAction::triggered, this, &BatchfileCommands::mnuImportBatchfiles);
+}
+
+void BatchfileCommands::mnuExportBatchfiles()
+{
+    guarded("mnuExportBatchfiles_Click()", [this] {
+        BatchfileTransfer transfer;
+        transfer.status = [this](const QString &text) { m_window.setStatus(text); };
+        // ExportFamilyDatabase joins here once the family database transfer is part of the program:
+        // transfer.exportDatabase = ...;
+        transfer.ExportBatchfiles();
+    });
+}
+
+void BatchfileCommands::mnuImportBatchfiles()
+{
+    guarded("mnuImportBatchfiles_Click()", [this] {
+        BatchfileTransfer transfer;
+        transfer.status = [this](const QString &text) { m_window.setStatus(text); };
+        transfer.refresh = [this] { m_window.Refresh(); };
+        // ImportFamilyDatabase joins here once the family database transfer is part of the program:
+        // transfer.importDatabase = ...;
+        transfer.ImportBatchfiles();
+    });
+}
+
+} // namespace quillet
