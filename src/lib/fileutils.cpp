@@ -151,6 +151,16 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
         out.seek(done);
     }
     QByteArray buffer(1 << 20, Qt::Uninitialized);
+    while (done < total) {
+        const qint64 n = in.read(buffer.data(), qMin<qint64>(buffer.size(), total - done));
+        if (n <= 0)
+            return in.errorString().isEmpty() ? QStringLiteral("The source ended early") : in.errorString();
+        if (out.write(buffer.constData(), n) != n)
+            return out.errorString();
+        done += n;
+        if (progress && !progress(done, total))
+            return QStringLiteral("Cancelled");
+    }
     return finishCopy(out, temp);
 }
 

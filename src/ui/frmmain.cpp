@@ -4,6 +4,7 @@
 #include "allocationcommands.h"
 #include "frmsettings.h"
 #include "picturebox.h"
+#include "transfercommands.h"
 #include "workspacecontroller.h"
 #include "sync/batchfilejournal.h"
 #include "app/startup.h"
@@ -40,6 +41,9 @@ frmMain::frmMain(QWidget *parent)
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
+    // The imports end with the window's own Refresh, whatever it does.
+    new TransferCommands(m_db, *m_ws, m_menus, [this] { m_menus.mnuRefresh->trigger(); },
+                         [this](const QString &text) { setStatus(text); }, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
     connect(m_controller, &WorkspaceController::fatal, this, [this] {
@@ -219,7 +223,7 @@ void frmMain::InitButtons()
     for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatch,
                        m_menus.mnuImportBatch})
         a->setEnabled(batchXfr);
-    m_menus.mnuImportPortable->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
+    m_menus.mnuImportFromPortableCopy->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
 }
 
 void frmMain::wireCommands()

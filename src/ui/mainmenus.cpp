@@ -47,7 +47,7 @@ void MainMenus::build(QMainWindow *window)
     mnuImportUnalloc = entry(external, "mnuImportUnalloc", QStringLiteral("Import unallocated files"));
     mnuExportBatch = entry(external, "mnuExportBatch", QStringLiteral("Export batchfiles"));
     mnuImportBatch = entry(external, "mnuImportBatch", QStringLiteral("Import batchfiles"));
-    mnuImportPortable = entry(external, "mnuImportPortable", QStringLiteral("Import From Portable Copy"));
+    mnuImportFromPortableCopy = entry(external, "mnuImportFromPortableCopy", QStringLiteral("Import From Portable Copy"));
     external->addSeparator();
     mnuPrepWeb = entry(external, "mnuPrepWeb", QStringLiteral("Prep files for &web upload"));
     mnuPrepCD = entry(external, "mnuPrepCD", QStringLiteral("Prep files for copy to &CD"));

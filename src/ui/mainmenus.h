@@ -26,7 +26,7 @@ struct MainMenus
     QAction *mnuImportUnalloc = nullptr;
     QAction *mnuExportBatch = nullptr;
     QAction *mnuImportBatch = nullptr;
-    QAction *mnuImportPortable = nullptr;
+    QAction *mnuImportFromPortableCopy = nullptr;
     QAction *mnuPrepWeb = nullptr;
     QAction *mnuPrepCD = nullptr;
 

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace quillet;
@@ -111,6 +112,53 @@ private Q_SLOTS:
         QCOMPARE(trashed(), QStringList{QStringLiteral("p.jpg")}); // the old target is recoverable
         QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList{"p.jpg"});
         QVERIFY(appState().pendingTempCopy.isEmpty());
+    }
+
+    // Every way through the copy writes every byte: with a progress callback, and across file
+    // systems (where the kernel copy gives up and the bytes go through the program).
+    void copyWritesEveryByte_data()
+    {
+        QTest::addColumn<bool>("withProgress");
+        QTest::addColumn<bool>("otherFileSystem");
+        QTest::newRow("kernel copy") << false << false;
+        QTest::newRow("with progress") << true << false;
+        QTest::newRow("to another file system") << false << true;
+    }
+    void copyWritesEveryByte()
+    {
+        QFETCH(bool, withProgress);
+        QFETCH(bool, otherFileSystem);
+        QByteArray bytes(3 * 1024 * 1024 + 17, Qt::Uninitialized);
+        for (int i = 0; i < bytes.size(); ++i)
+            bytes[i] = char((i * 13) & 0xff);
+        const QString src = m_env->writeFile(QStringLiteral("big.jpg"), bytes);
+        QTemporaryDir shm(QStringLiteral("/dev/shm/quillet-copy-XXXXXX"));
+        if (otherFileSystem && !shm.isValid())
+            QSKIP("no second file system (/dev/shm) here");
+        const QString target = (otherFileSystem ? shm.path() : m_env->path(QStringLiteral("out"))) + "/big.jpg";
+        QDir().mkpath(QFileInfo(target).absolutePath());
+        qint64 last = 0;
+        const CopyProgress progress = [&last](qint64 done, qint64) {
+            last = done;
+            return true;
+        };
+        QVERIFY(lib_CopyFile(src, target, false, withProgress ? progress : CopyProgress()));
+        QFile out(target);
+        QVERIFY(out.open(QIODevice::ReadOnly));
+        QCOMPARE(out.readAll(), bytes);
+        if (withProgress)
+            QCOMPARE(last, qint64(bytes.size()));
+    }
+
+    void cancelledCopyLeavesTheTargetAlone()
+    {
+        const QString src = m_env->writeFile(QStringLiteral("big.jpg"), QByteArray(3 * 1024 * 1024, 'n'));
+        const QString target = m_env->writeFile(QStringLiteral("out/big.jpg"), "OLD");
+        QVERIFY_THROWS_EXCEPTION(Error, lib_CopyFile(src, target, true, [](qint64, qint64) { return false; }));
+        QFile out(target);
+        QVERIFY(out.open(QIODevice::ReadOnly));
+        QCOMPARE(out.readAll(), QByteArray("OLD"));
+        QCOMPARE(QDir(m_env->path(QStringLiteral("out"))).entryList(QDir::Files), QStringList{"big.jpg"});
     }
 
     void copyIntoFolderAndByPattern()

@@ -175,7 +175,7 @@ private Q_SLOTS:
         QVERIFY(!m.mnuPrepCD->isEnabled());
         for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatch, m.mnuImportBatch})
             QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
-        QVERIFY(!m.mnuImportPortable->isEnabled());
+        QVERIFY(!m.mnuImportFromPortableCopy->isEnabled());
         QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
     }
 
