@@ -1,5 +1,7 @@
 // Save throughput: 100 photos to 3 families, plain copies against the `cp` command copying the
 // same files, and resized to 1024 against decoding and rescaling the same files.
+#include "camerajpeg.h"
+
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/appstate.h"
@@ -27,25 +29,6 @@ namespace {
 
 constexpr int kPhotos = 100;
 const QList<int> kFamilies{1, 2, 3};
-
-// A camera-sized JPEG (12 MP); the same picture serves every file name.
-QByteArray cameraJpeg()
-{
-    QImage image(4000, 3000, QImage::Format_RGB32);
-    QPainter p(&image);
-    QLinearGradient g(0, 0, 4000, 3000);
-    g.setColorAt(0, Qt::darkCyan);
-    g.setColorAt(1, Qt::darkYellow);
-    p.fillRect(image.rect(), g);
-    for (int i = 0; i < 400; ++i)
-        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPG", 90);
-    return bytes;
-}
 
 QStringList preparePhotos(const QString &srcDir)
 {

@@ -1,6 +1,8 @@
 // Transfer of unallocated photos: the export of 2,000 camera-sized photos (in four sub-folders)
 // into the Batch Transfer Dir against `cp -r` of the same folder, and their import into another
 // Source Dir on the same file system (renames) against renaming the same files one by one.
+#include "camerajpeg.h"
+
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "sync/unallocatedtransfer.h"
@@ -23,25 +25,6 @@ using namespace quillet;
 namespace {
 
 constexpr int kPhotos = 2000;
-
-// A camera-sized JPEG (12 MP); the same picture serves every file name.
-QByteArray cameraJpeg()
-{
-    QImage image(4000, 3000, QImage::Format_RGB32);
-    QPainter p(&image);
-    QLinearGradient g(0, 0, 4000, 3000);
-    g.setColorAt(0, Qt::darkCyan);
-    g.setColorAt(1, Qt::darkYellow);
-    p.fillRect(image.rect(), g);
-    for (int i = 0; i < 400; ++i)
-        p.fillRect((i * 97) % 3900, (i * 53) % 2900, 80, 60, QColor::fromHsv(i % 360, 200, 200));
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPG", 90);
-    return bytes;
-}
 
 // The photos in list order: from QUILLET_BENCH_CORPUS (cycled) or generated.
 QStringList preparePhotos(const QString &srcDir)

@@ -2,6 +2,7 @@
 
 #include "batchfilejournal.h"
 #include "foreignpath.h"
+#include "transferfolders.h"
 #include "transfermove.h"
 #include "transferrefusals.h"
 
@@ -104,18 +105,14 @@ QString PortableCopyImport::ImportFromPortableCopy()
     const QString folder = originalsFolder(xfr, ini);
     if (folder.isEmpty())
         return QString();
-    if (!lib_MsgYesNo(QStringLiteral("Import files from ") + folder + QStringLiteral("  to  ") + srcDir
-                      + QStringLiteral("?")))
+    if (!TransferFolders::AskImportFiles(folder, srcDir))
         return QString();
     if (!lib_DirExists(folder)) {
         lib_MsgWarning(QStringLiteral("Portable Copy Source Dir (") + folder + QStringLiteral(") does not exist"));
         return QString();
     }
-    if (!lib_DirExists(srcDir)) {
-        lib_MsgWarning(QStringLiteral("The Source Dir (") + srcDir
-                       + QStringLiteral(") does not exist. Please check the Source Dir in Settings > Options."));
+    if (!TransferFolders::SourceDirExists(srcDir))
         return QString();
-    }
     BusyPointer busy;
     const int moved = moveOriginals(folder, srcDir);
     const int adopted = adoptBatchfiles(xfr);

@@ -2,6 +2,7 @@
 
 #include "databasetransfer.h"
 #include "foreignpath.h"
+#include "transferfolders.h"
 #include "transfermove.h"
 #include "transferrefusals.h"
 
@@ -64,18 +65,6 @@ QString summary(int count, bool database, const QString &done, const QString &db
 
 } // namespace
 
-bool TransferDriveExists(const QString &folder)
-{
-    if (lib_DirExists(folder))
-        return true;
-    const QString drive = lib_DrivePart(folder);
-    if (!drive.isEmpty() && !lib_DirExists(drive)) {
-        lib_MsgWarning(QStringLiteral("Batch Transfer Dir drive (") + drive + QStringLiteral(") does not exist"));
-        return false;
-    }
-    return true;
-}
-
 UnallocatedTransfer::UnallocatedTransfer(FamilyDatabase &db, std::function<void()> refresh)
     : m_db(db)
     , m_refresh(std::move(refresh))
@@ -101,7 +90,7 @@ QString UnallocatedTransfer::ExportUnalloc(const QStringList &photos)
         return QString();
     const QString folder = lib_JoinPath(xfr, FolderName());
     if (!lib_DirExists(folder)) {
-        if (!TransferDriveExists(folder))
+        if (!TransferFolders::DriveExists(folder))
             return QString();
         if (!lib_MsgYesNo(QStringLiteral("Batch Transfer Dir (") + folder
                           + QStringLiteral(") not found. Do you want to create it?")))
@@ -189,19 +178,15 @@ QString UnallocatedTransfer::ImportUnalloc()
         return QString();
     const QString folder = lib_JoinPath(xfr, FolderName());
     warnSourceDirChanged(folder);
-    if (!lib_MsgYesNo(QStringLiteral("Import files from ") + folder + QStringLiteral("  to  ") + srcDir
-                      + QStringLiteral("?")))
+    if (!TransferFolders::AskImportFiles(folder, srcDir))
         return QString();
     if (!lib_DirExists(folder)) {
-        if (TransferDriveExists(folder))
+        if (TransferFolders::DriveExists(folder))
             lib_MsgWarning(QStringLiteral("Batch Transfer Dir (") + folder + QStringLiteral(") does not exist"));
         return QString();
     }
-    if (!lib_DirExists(srcDir)) {
-        lib_MsgWarning(QStringLiteral("The Source Dir (") + srcDir
-                       + QStringLiteral(") does not exist. Please check the Source Dir in Settings > Options."));
+    if (!TransferFolders::SourceDirExists(srcDir))
         return QString();
-    }
     BusyPointer busy;
     int waiting = 0;
     const QList<Item> items = listImport(folder, srcDir, waiting);

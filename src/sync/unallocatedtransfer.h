@@ -49,9 +49,4 @@ private:
     std::function<void()> m_refresh;
 };
 
-// The drive test of a transfer folder: when `folder` is missing, shows "Batch Transfer Dir drive
-// (...) does not exist" for a volume that is not there (an unplugged disk) and returns false.
-// True when the folder exists or only the folder itself is missing.
-bool TransferDriveExists(const QString &folder);
-
 } // namespace quillet

@@ -7,6 +7,8 @@
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
+#include "support/scriptedprompt.h"
+#include "support/testenv.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -55,6 +57,23 @@ struct PcHome
                                                                       {"SrcDirInclSubs", "1"}})
             WriteSetting(key, value);
         return true;
+    }
+};
+
+// Two installed PCs, A (active after set-up) and B, sharing the Batch Transfer Dir "xfr" (with
+// its Unallocated folder made), and the scripted prompt answering for both.
+struct TwoPcFixture
+{
+    TestEnv env;
+    ScriptedPrompt port;
+    QString xfr = env.path(QStringLiteral("xfr"));
+    PcHome a{env.root(), QStringLiteral("A")};
+    PcHome b{env.root(), QStringLiteral("B")};
+
+    bool install()
+    {
+        QDir().mkpath(xfr + QStringLiteral("/Unallocated"));
+        return b.install(xfr) && a.install(xfr);
     }
 };
 

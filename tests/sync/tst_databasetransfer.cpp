@@ -20,17 +20,14 @@ class TestDatabaseTransfer : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_port;
-    std::unique_ptr<PcHome> m_a, m_b;
-    QString m_xfr;
+    std::unique_ptr<TwoPcFixture> m_f;
 
-    QString copyPath() const { return m_xfr + QStringLiteral("/Database/quilletData.db"); }
+    QString copyPath() const { return m_f->xfr + QStringLiteral("/Database/quilletData.db"); }
 
     // PC B edits its families and exports them; the copy then waits in the transfer folder.
     void exportFromB(const QStringList &families = {QStringLiteral("Bella")})
     {
-        m_b->activate();
+        m_f->b.activate();
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
         int id = 100;
@@ -40,25 +37,18 @@ class TestDatabaseTransfer : public QObject
         db.exec(QStringLiteral("COMMIT"));
         setStamps(db, QStringLiteral("2026-03-01 09:00:00"), QStringLiteral("2026-02-01 09:00:00"), QString());
         QVERIFY(ExportFamilyDatabase(db));
-        m_a->activate();
+        m_f->a.activate();
     }
 
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
-        m_port = std::make_unique<ScriptedPrompt>();
-        m_xfr = m_env->path(QStringLiteral("xfr"));
-        QDir().mkpath(m_xfr);
-        m_a = std::make_unique<PcHome>(m_env->root(), QStringLiteral("A"));
-        m_b = std::make_unique<PcHome>(m_env->root(), QStringLiteral("B"));
-        QVERIFY(m_b->install(m_xfr));
-        QVERIFY(m_a->install(m_xfr));
+        m_f = std::make_unique<TwoPcFixture>();
+        QVERIFY(m_f->install());
     }
     void cleanup()
     {
-        m_port.reset();
-        m_env.reset();
+        m_f.reset();
     }
 
     void exportFollowsTheStamps_data()
@@ -90,7 +80,7 @@ private Q_SLOTS:
             QCOMPARE(db.ReadParam(QStringLiteral("LastDBUpdate")).toString(), update);
             QVERIFY(!ExportFamilyDatabase(db));
         }
-        QVERIFY(m_port->messages().isEmpty());
+        QVERIFY(m_f->port.messages().isEmpty());
     }
 
     void exportOverAnotherPcsWaitingCopy_data()
@@ -114,19 +104,19 @@ private Q_SLOTS:
         if (localChanges)
             addFamily(db, 1, QStringLiteral("Anna"));
         for (bool a : answers)
-            m_port->answer(a);
+            m_f->port.answer(a);
         QCOMPARE(ExportFamilyDatabase(db), exported);
         QCOMPARE(ReadTransferParam(QStringLiteral("LastExportFromPC")).toString(),
                  exported ? QStringLiteral("A") : QStringLiteral("B"));
         if (!exported)
             QCOMPARE(fileBytes(copyPath()), waiting);
         if (localChanges) {
-            QCOMPARE(m_port->messages().first().style, int(MsgStyle::QuestionNo)); // No is the default
-            QVERIFY(m_port->messages().first().text.endsWith(
+            QCOMPARE(m_f->port.messages().first().style, int(MsgStyle::QuestionNo)); // No is the default
+            QVERIFY(m_f->port.messages().first().text.endsWith(
                 QLatin1String("\r\nContinue to export the copy from this PC?")));
         }
         if (localChanges && !exported)
-            QCOMPARE(m_port->lastText(),
+            QCOMPARE(m_f->port.lastText(),
                      QStringLiteral("Don't forget to import the other copy by running one of the import functions."));
     }
 
@@ -161,11 +151,11 @@ private Q_SLOTS:
         }
         const QByteArray before = fileBytes(FamilyDatabase::DbPath());
         for (bool a : answers)
-            m_port->answer(a);
+            m_f->port.answer(a);
         QCOMPARE(ImportFamilyDatabase(db), imported);
         QVERIFY(db.isOpen());
         if (localChanges)
-            QCOMPARE(m_port->messages().first().style, int(MsgStyle::QuestionNo));
+            QCOMPARE(m_f->port.messages().first().style, int(MsgStyle::QuestionNo));
         if (imported) {
             QCOMPARE(familyNames(db), (QStringList{"Bella", "Bruno"}));
             QCOMPARE(db.ReadParam(QStringLiteral("LastExportFromPC")).toString(), QStringLiteral("B"));
@@ -237,11 +227,11 @@ private Q_SLOTS:
         const QStringList connections = QSqlDatabase::connectionNames();
 
         QVERIFY(!ImportFamilyDatabase(db));
-        QVERIFY2(m_port->messages().size() == 1, qPrintable(m_port->texts().join("\n---\n")));
-        QCOMPARE(m_port->messages().first().style, int(MsgStyle::Warning));
-        QVERIFY(m_port->lastText().startsWith(
+        QVERIFY2(m_f->port.messages().size() == 1, qPrintable(m_f->port.texts().join("\n---\n")));
+        QCOMPARE(m_f->port.messages().first().style, int(MsgStyle::Warning));
+        QVERIFY(m_f->port.lastText().startsWith(
             QLatin1String("The family database in the Batch Transfer Dir cannot be imported: ")));
-        QVERIFY2(m_port->lastText().contains(reason), qPrintable(m_port->lastText()));
+        QVERIFY2(m_f->port.lastText().contains(reason), qPrintable(m_f->port.lastText()));
         // Nothing local changed, the copy stays for the user to look at, no connection is left.
         QCOMPARE(fileBytes(FamilyDatabase::DbPath()), before);
         QCOMPARE(familyNames(db), QStringList{"Anna"});
@@ -262,7 +252,7 @@ private Q_SLOTS:
         const QByteArray before = fileBytes(copyPath());
         QCOMPARE(DatabaseCopyCheck::Problem(copyPath()), QString());
         QCOMPARE(fileBytes(copyPath()), before);
-        QCOMPARE(QDir(m_xfr + QStringLiteral("/Database")).entryList(QDir::Files), QStringList{"quilletData.db"});
+        QCOMPARE(QDir(m_f->xfr + QStringLiteral("/Database")).entryList(QDir::Files), QStringList{"quilletData.db"});
     }
 
     void emptyBatchXfrDirDoesNothing()
@@ -273,7 +263,7 @@ private Q_SLOTS:
         addFamily(db, 1, QStringLiteral("Anna"));
         QVERIFY(!ExportFamilyDatabase(db));
         QVERIFY(!ImportFamilyDatabase(db));
-        QVERIFY(m_port->messages().isEmpty());
+        QVERIFY(m_f->port.messages().isEmpty());
     }
 };
 

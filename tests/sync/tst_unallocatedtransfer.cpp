@@ -21,15 +21,12 @@ class TestUnallocatedTransfer : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_port;
-    std::unique_ptr<PcHome> m_a, m_b;
-    QString m_xfr;
+    std::unique_ptr<TwoPcFixture> m_f;
     int m_refreshes = 0;
 
     QString unalloc(const QString &name = QString()) const
     {
-        return m_xfr + QStringLiteral("/Unallocated") + (name.isEmpty() ? QString() : QLatin1Char('/') + name);
+        return m_f->xfr + QStringLiteral("/Unallocated") + (name.isEmpty() ? QString() : QLatin1Char('/') + name);
     }
     static QByteArray jpeg(int seed, QSize size = QSize(64, 48))
     {
@@ -47,12 +44,12 @@ class TestUnallocatedTransfer : public QObject
     }
     QString importOnB(const QList<bool> &answers)
     {
-        m_b->activate();
+        m_f->b.activate();
         FamilyDatabase db;
         if (!db.OpenDatabase())
             return QStringLiteral("no database");
         for (bool a : answers)
-            m_port->answer(a);
+            m_f->port.answer(a);
         UnallocatedTransfer transfer(db, [this] { ++m_refreshes; });
         return transfer.ImportUnalloc();
     }
@@ -60,30 +57,23 @@ class TestUnallocatedTransfer : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
-        m_port = std::make_unique<ScriptedPrompt>();
+        m_f = std::make_unique<TwoPcFixture>();
         appState().cancel = false;
         m_refreshes = 0;
-        m_xfr = m_env->path(QStringLiteral("xfr"));
-        QDir().mkpath(m_xfr + QStringLiteral("/Unallocated"));
-        m_a = std::make_unique<PcHome>(m_env->root(), QStringLiteral("A"));
-        m_b = std::make_unique<PcHome>(m_env->root(), QStringLiteral("B"));
-        QVERIFY(m_b->install(m_xfr));
-        QVERIFY(m_a->install(m_xfr));
+        QVERIFY(m_f->install());
     }
     void cleanup()
     {
-        m_port.reset();
-        m_env.reset();
+        m_f.reset();
     }
 
     // The list's unallocated photos, in sub-folders too, are copied; allocated ones are not; a
     // second export copies nothing again and leaves the database alone.
     void exportCopiesTheUnallocatedOnce()
     {
-        writeBytes(m_a->src() + "/IMG_0001.jpg", jpeg(1));
-        writeBytes(m_a->src() + "/Trip/IMG_0003.jpg", jpeg(3));
-        writeBytes(m_a->src() + "/IMG_0004(#3#).jpg", jpeg(4));
+        writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1));
+        writeBytes(m_f->a.src() + "/Trip/IMG_0003.jpg", jpeg(3));
+        writeBytes(m_f->a.src() + "/IMG_0004(#3#).jpg", jpeg(4));
         writeBytes(AppPaths::dataFile("_Flag_SrcDirChg.log"), "/old/src\r\n/new/src\r\n");
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
@@ -98,13 +88,13 @@ private Q_SLOTS:
 
         UnallocatedTransfer transfer(db, [this] { ++m_refreshes; });
         QCOMPARE(transfer.ExportUnalloc(photos), QStringLiteral("2 files exported\r\nDatabase exported"));
-        QCOMPARE(m_port->lastText(), QStringLiteral("2 files exported\r\nDatabase exported"));
-        QCOMPARE(m_port->progressCaptions, QStringList{"Exporting unallocated..."});
+        QCOMPARE(m_f->port.lastText(), QStringLiteral("2 files exported\r\nDatabase exported"));
+        QCOMPARE(m_f->port.progressCaptions, QStringList{"Exporting unallocated..."});
         QCOMPARE(tree(unalloc()), (QStringList{"IMG_0001.jpg", "Trip/IMG_0003.jpg", "_Flag_SrcDirChg.log"}));
         QCOMPARE(fileBytes(unalloc("Trip/IMG_0003.jpg")), jpeg(3));
         QCOMPARE(fileBytes(unalloc("_Flag_SrcDirChg.log")), QByteArray("/old/src\r\n/new/src\r\n"));
         QVERIFY(!QFileInfo::exists(AppPaths::dataFile("_Flag_SrcDirChg.log")));
-        QVERIFY(QFileInfo::exists(m_a->src() + "/Trip/IMG_0003.jpg")); // the export only copies
+        QVERIFY(QFileInfo::exists(m_f->a.src() + "/Trip/IMG_0003.jpg")); // the export only copies
 
         writeBytes(unalloc("IMG_0001.jpg"), "marker: not copied again");
         QCOMPARE(transfer.ExportUnalloc(photos), QStringLiteral("2 files exported"));
@@ -114,14 +104,14 @@ private Q_SLOTS:
 
     void exportResizesWhenAsked()
     {
-        writeBytes(m_a->src() + "/IMG_0001.jpg", jpeg(1, QSize(640, 480)));
+        writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1, QSize(640, 480)));
         WriteSetting(QStringLiteral("UnallocResize"), QStringLiteral("1"));
         WriteSetting(QStringLiteral("UnallocResizeMD"), QStringLiteral("1"));
         WriteSetting(QStringLiteral("UnallocResizeQ"), QStringLiteral("3"));
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
         UnallocatedTransfer transfer(db, {});
-        QCOMPARE(transfer.ExportUnalloc({m_a->src() + "/IMG_0001.jpg"}), QStringLiteral("1 file exported"));
+        QCOMPARE(transfer.ExportUnalloc({m_f->a.src() + "/IMG_0001.jpg"}), QStringLiteral("1 file exported"));
         QCOMPARE(QImageReader(unalloc("IMG_0001.jpg")).size(), QSize(320, 240));
     }
 
@@ -150,20 +140,20 @@ private Q_SLOTS:
         QFETCH(QList<bool>, answers);
         QFETCH(QString, message);
         QFETCH(bool, created);
-        const QString base = xfr.isEmpty() ? m_env->path(QStringLiteral("new/xfr")) : xfr;
+        const QString base = xfr.isEmpty() ? m_f->env.path(QStringLiteral("new/xfr")) : xfr;
         WriteSetting(QStringLiteral("BatchXfrDir"), base);
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
         for (bool a : answers)
-            m_port->answer(a);
+            m_f->port.answer(a);
         UnallocatedTransfer transfer(db, [this] { ++m_refreshes; });
         const QString summary = isExport ? transfer.ExportUnalloc({}) : transfer.ImportUnalloc();
         QCOMPARE(summary.isEmpty(), !created);
         if (isExport && xfr.isEmpty())
-            QCOMPARE(m_port->messages().first().text,
+            QCOMPARE(m_f->port.messages().first().text,
                      QStringLiteral("Batch Transfer Dir (") + base + "/Unallocated) not found. Do you want to create it?");
         if (!message.isEmpty())
-            QVERIFY2(m_port->lastText().contains(message), qPrintable(m_port->lastText()));
+            QVERIFY2(m_f->port.lastText().contains(message), qPrintable(m_f->port.lastText()));
         QCOMPARE(QFileInfo::exists(base + QStringLiteral("/Unallocated")), created);
         QCOMPARE(m_refreshes, 0);
     }
@@ -171,39 +161,39 @@ private Q_SLOTS:
     void emptyBatchXfrDirDoesNothing()
     {
         WriteSetting(QStringLiteral("BatchXfrDir"), QString());
-        writeBytes(m_a->src() + "/IMG_0001.jpg", jpeg(1));
+        writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1));
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
         UnallocatedTransfer transfer(db, [this] { ++m_refreshes; });
-        QCOMPARE(transfer.ExportUnalloc({m_a->src() + "/IMG_0001.jpg"}), QString());
+        QCOMPARE(transfer.ExportUnalloc({m_f->a.src() + "/IMG_0001.jpg"}), QString());
         QCOMPARE(transfer.ImportUnalloc(), QString());
-        QVERIFY(m_port->messages().isEmpty());
-        QVERIFY(m_port->progressCaptions.isEmpty());
+        QVERIFY(m_f->port.messages().isEmpty());
+        QVERIFY(m_f->port.progressCaptions.isEmpty());
         QCOMPARE(m_refreshes, 0);
     }
 
     // Families edited on A and A's photos reach B; B's family list shows them.
     void twoPcsPhotosAndFamiliesReachB()
     {
-        writeBytes(m_a->src() + "/IMG_0001.jpg", jpeg(1));
-        writeBytes(m_a->src() + "/Trip/Day 2/IMG_0002.jpg", jpeg(2));
+        writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1));
+        writeBytes(m_f->a.src() + "/Trip/Day 2/IMG_0002.jpg", jpeg(2));
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
             addFamily(db, 7, QStringLiteral("Zoe"));
             addFamily(db, 8, QStringLiteral("Yann"));
             UnallocatedTransfer transfer(db, {});
-            QVERIFY(!transfer.ExportUnalloc({m_a->src() + "/IMG_0001.jpg", m_a->src() + "/Trip/Day 2/IMG_0002.jpg"})
+            QVERIFY(!transfer.ExportUnalloc({m_f->a.src() + "/IMG_0001.jpg", m_f->a.src() + "/Trip/Day 2/IMG_0002.jpg"})
                          .isEmpty());
         }
-        m_port->clear();
-        m_port->progressCaptions.clear();
+        m_f->port.clear();
+        m_f->port.progressCaptions.clear();
         QCOMPARE(importOnB({true}), QStringLiteral("2 files imported\r\nDatabase imported"));
-        QCOMPARE(m_port->messages().first().text,
-                 QStringLiteral("Import files from ") + unalloc() + "  to  " + m_b->src() + "?");
-        QCOMPARE(m_port->progressCaptions, QStringList{"Importing unallocated..."});
-        QCOMPARE(tree(m_b->src()), (QStringList{"IMG_0001.jpg", "Trip/Day 2/IMG_0002.jpg"}));
-        QCOMPARE(fileBytes(m_b->src() + "/Trip/Day 2/IMG_0002.jpg"), jpeg(2));
+        QCOMPARE(m_f->port.messages().first().text,
+                 QStringLiteral("Import files from ") + unalloc() + "  to  " + m_f->b.src() + "?");
+        QCOMPARE(m_f->port.progressCaptions, QStringList{"Importing unallocated..."});
+        QCOMPARE(tree(m_f->b.src()), (QStringList{"IMG_0001.jpg", "Trip/Day 2/IMG_0002.jpg"}));
+        QCOMPARE(fileBytes(m_f->b.src() + "/Trip/Day 2/IMG_0002.jpg"), jpeg(2));
         // The transfer folder is empty again, sub-folders included; the database copy was moved.
         QCOMPARE(QDir(unalloc()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
         QVERIFY(!QFileInfo::exists(TransferDatabasePath()));
@@ -249,20 +239,20 @@ private Q_SLOTS:
         QFETCH(QList<bool>, answers);
         QFETCH(QStringList, sourceAfter);
         QFETCH(QStringList, left);
-        writeBytes(m_b->src() + "/" + inSource, "old");
+        writeBytes(m_f->b.src() + "/" + inSource, "old");
         writeBytes(unalloc("IMG_0001.JPG"), jpeg(1));
         writeBytes(unalloc("IMG_0002.JPG"), jpeg(2));
         const QString summary = importOnB(QList<bool>{true} + answers);
-        QCOMPARE(tree(m_b->src()), sourceAfter);
+        QCOMPARE(tree(m_f->b.src()), sourceAfter);
         QCOMPARE(tree(unalloc()), left);
-        QCOMPARE(m_port->messages().size(), answers.size() + (left.isEmpty() ? 2 : 1));
+        QCOMPARE(m_f->port.messages().size(), answers.size() + (left.isEmpty() ? 2 : 1));
         if (!answers.isEmpty())
-            QCOMPARE(m_port->messages().at(1).text,
+            QCOMPARE(m_f->port.messages().at(1).text,
                      QStringLiteral("Some of the files appear to have been imported and allocated already. Do you wish "
                                     "to import new files only and delete the duplicates?"));
         QCOMPARE(summary, left.isEmpty() ? QStringLiteral("2 files imported") : QString());
         if (sourceAfter.contains("IMG_0001.JPG"))
-            QCOMPARE(fileBytes(m_b->src() + "/IMG_0001.JPG"), jpeg(1));
+            QCOMPARE(fileBytes(m_f->b.src() + "/IMG_0001.JPG"), jpeg(1));
         QCOMPARE(m_refreshes, left.isEmpty() ? 1 : 0);
     }
 
@@ -270,8 +260,8 @@ private Q_SLOTS:
     {
         writeBytes(unalloc("_Flag_SrcDirChg.log"), "/home/a/Photos\r\n/home/a/New Photos\r\n");
         QCOMPARE(importOnB({false}), QString());
-        QCOMPARE(m_port->messages().first().style, int(MsgStyle::Warning));
-        QCOMPARE(m_port->messages().first().text,
+        QCOMPARE(m_f->port.messages().first().style, int(MsgStyle::Warning));
+        QCOMPARE(m_f->port.messages().first().text,
                  QStringLiteral("** WARNING **\r\nIt appears the Source Dir was changed on the other computer.\r\n"
                                 "/home/a/Photos --> /home/a/New Photos\r\nPlease check the following dialogs "
                                 "carefully in case you need to change your Source Dir before continuing."));
@@ -291,7 +281,7 @@ private Q_SLOTS:
     void untrustedEntriesAreRefused()
     {
         QFETCH(QString, kind);
-        const QString outside = m_env->path(QStringLiteral("outside"));
+        const QString outside = m_f->env.path(QStringLiteral("outside"));
         writeBytes(outside + "/secret.jpg", "not for the Source Dir");
         writeBytes(unalloc("IMG_0001.JPG"), jpeg(1));
         QString refused;
@@ -306,11 +296,11 @@ private Q_SLOTS:
             QVERIFY(QFile::link(outside + "/gone.jpg", refused));
         } else {
             // B's Source Dir lies so deep that the name no longer fits below it.
-            QString deep = m_b->src();
+            QString deep = m_f->b.src();
             while (deep.size() < 3900)
                 deep += QStringLiteral("/") + QString(200, QLatin1Char('d'));
             QVERIFY(QDir().mkpath(deep));
-            m_b->activate();
+            m_f->b.activate();
             WriteSetting(QStringLiteral("SrcDir"), deep);
             refused = unalloc(QString(240, QLatin1Char('n')) + QStringLiteral(".JPG"));
             writeBytes(refused, jpeg(2));
@@ -319,10 +309,10 @@ private Q_SLOTS:
         // A question naming the deep Source Dir is long enough to fill two boxes.
         const QString summary = importOnB(kind == QLatin1String("tooLong") ? QList<bool>{true, true} : QList<bool>{true});
         QCOMPARE(summary, QStringLiteral("1 file imported"));
-        const auto warnings = std::count_if(m_port->messages().begin(), m_port->messages().end(),
+        const auto warnings = std::count_if(m_f->port.messages().begin(), m_f->port.messages().end(),
                                             [](const auto &m) { return m.style == int(MsgStyle::Warning); });
         QCOMPARE(warnings, 1);
-        const QString warning = std::find_if(m_port->messages().begin(), m_port->messages().end(), [](const auto &m) {
+        const QString warning = std::find_if(m_f->port.messages().begin(), m_f->port.messages().end(), [](const auto &m) {
                                     return m.style == int(MsgStyle::Warning);
                                 })->text;
         QVERIFY2(warning.startsWith(QLatin1String("1 file could not be imported and was left in ")), qPrintable(warning));
@@ -338,20 +328,20 @@ private Q_SLOTS:
     {
         for (int i = 1; i <= 5; ++i)
             writeBytes(unalloc(QStringLiteral("IMG_000%1.JPG").arg(i)), jpeg(i));
-        m_a->activate();
+        m_f->a.activate();
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
             addFamily(db, 1, QStringLiteral("Anna"));
             QVERIFY(ExportFamilyDatabase(db));
         }
-        m_port->cancelAtPosition = 2;
+        m_f->port.cancelAtPosition = 2;
         QCOMPARE(importOnB({true}), QString());
-        QCOMPARE(tree(m_b->src()).size(), 2);
+        QCOMPARE(tree(m_f->b.src()).size(), 2);
         QCOMPARE(tree(unalloc()).size(), 3);
         QVERIFY(QFileInfo::exists(TransferDatabasePath())); // not imported
         QCOMPARE(m_refreshes, 0);
-        QVERIFY(!m_port->progressVisible);
+        QVERIFY(!m_f->port.progressVisible);
     }
 };
 
