@@ -29,8 +29,10 @@ void TransferCommands::run(const QString &procName, const std::function<QString(
 {
     try {
         const QString summary = command();
+        // The status line keeps one line (a second one would push the lists up): the summary's
+        // line break becomes "; " there; the message box shows it as written.
         if (!summary.isEmpty() && m_status)
-            m_status(QString(summary).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+            m_status(QString(summary).replace(QStringLiteral("\r\n"), QStringLiteral("; ")));
     } catch (const Error &e) {
         lib_ErrorHandler(procName, e);
     } catch (const std::exception &e) {
