@@ -66,6 +66,41 @@ void refuse(const QString &copy, const QString &why)
                                     "the PC that made this copy."));
 }
 
+// Copies the transfer copy beside the local database, checks those bytes and renames them over
+// the local file, so that the local database is at every moment the old one or the new one, whole.
+// False (after the refusal message) when the bytes beside fail the check; the local database is
+// open again afterwards in every case.
+bool replaceLocal(FamilyDatabase &db, const QString &copy)
+{
+    // Beside the local file first, so that the rename below replaces it in one step; checked again
+    // there, since those are the bytes that will be used.
+    const QString local = FamilyDatabase::DbPath();
+    const QString beside = lib_TempCopyName(local, copy);
+    try {
+        lib_CopyFile(copy, beside, false);
+    } catch (const Error &) {
+        QFile::remove(beside);
+        throw;
+    }
+    const QString again = DatabaseCopyCheck::Problem(beside);
+    if (!again.isEmpty()) {
+        QFile::remove(beside);
+        refuse(copy, again);
+        return false;
+    }
+    db.CloseDatabase();
+    if (::rename(QFile::encodeName(beside).constData(), QFile::encodeName(local).constData()) != 0) {
+        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+        QFile::remove(beside);
+        reopen(db);
+        throw Error(kErrPathFileAccess, QStringLiteral("ImportFamilyDatabase"),
+                    QStringLiteral("Could not replace the family database: ") + reason + QStringLiteral("\r\nDB: ")
+                        + local);
+    }
+    reopen(db);
+    return true;
+}
+
 } // namespace
 
 QString TransferDatabasePath()
@@ -142,32 +177,8 @@ bool ImportFamilyDatabase(FamilyDatabase &db)
                          0, false))
         return false;
 
-    // Beside the local file first, so that the rename below replaces it in one step; checked again
-    // there, since those are the bytes that will be used.
-    const QString local = FamilyDatabase::DbPath();
-    const QString beside = lib_TempCopyName(local, copy);
-    try {
-        lib_CopyFile(copy, beside, false);
-    } catch (const Error &) {
-        QFile::remove(beside);
-        throw;
-    }
-    const QString again = DatabaseCopyCheck::Problem(beside);
-    if (!again.isEmpty()) {
-        QFile::remove(beside);
-        refuse(copy, again);
+    if (!replaceLocal(db, copy))
         return false;
-    }
-    db.CloseDatabase();
-    if (::rename(QFile::encodeName(beside).constData(), QFile::encodeName(local).constData()) != 0) {
-        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
-        QFile::remove(beside);
-        reopen(db);
-        throw Error(kErrPathFileAccess, QStringLiteral("ImportFamilyDatabase"),
-                    QStringLiteral("Could not replace the family database: ") + reason + QStringLiteral("\r\nDB: ")
-                        + local);
-    }
-    reopen(db);
     // The move is complete only now; a copy that cannot be removed is imported again next time,
     // which changes nothing (it carries the same stamps as the local database).
     if (!QFile::remove(copy))
