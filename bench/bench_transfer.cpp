@@ -1,23 +1,18 @@
 // Transfer of unallocated photos: the export of 2,000 camera-sized photos (in four sub-folders)
 // into the Batch Transfer Dir against `cp -r` of the same folder, and their import into another
 // Source Dir on the same file system (renames) against renaming the same files one by one.
-#include "camerajpeg.h"
+#include "benchsupport.h"
 
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "sync/unallocatedtransfer.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
-#include <QImage>
-#include <QPainter>
 #include <QProcess>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <cstdio>
 
 using namespace quillet;
@@ -26,28 +21,15 @@ namespace {
 
 constexpr int kPhotos = 2000;
 
-// The photos in list order: from QUILLET_BENCH_CORPUS (cycled) or generated.
+// The photos in list order, in four sub-folders of the Source Dir.
 QStringList preparePhotos(const QString &srcDir)
 {
-    const QString corpus = qEnvironmentVariable("QUILLET_BENCH_CORPUS");
-    QStringList corpusFiles;
-    if (!corpus.isEmpty()) {
-        for (const QString &name : QDir(corpus).entryList({"*.jpg", "*.JPG"}, QDir::Files, QDir::Name))
-            corpusFiles << corpus + "/" + name;
-    }
-    const QByteArray jpeg = corpusFiles.isEmpty() ? cameraJpeg() : QByteArray();
     QStringList photos;
-    for (int i = 0; i < kPhotos; ++i) {
-        const QString dir = srcDir + QStringLiteral("/Day%1").arg(i % 4);
+    for (int day = 0; day < 4; ++day) {
+        const QString dir = srcDir + QStringLiteral("/Day%1").arg(day);
         QDir().mkpath(dir);
-        photos << dir + QStringLiteral("/IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
-        if (!corpusFiles.isEmpty()) {
-            QFile::copy(corpusFiles.at(i % corpusFiles.size()), photos.last());
-            continue;
-        }
-        QFile f(photos.last());
-        f.open(QIODevice::WriteOnly);
-        f.write(jpeg);
+        for (const QString &name : prepareBenchPhotos(dir, kPhotos / 4))
+            photos << dir + QLatin1Char('/') + name;
     }
     return photos;
 }
@@ -61,14 +43,10 @@ double seconds(const QElapsedTimer &t)
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir home;
-    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
-        qputenv(var, home.path().toUtf8() + "/" + var);
+    BenchHome home;
     QGuiApplication app(argc, argv);
-    const QString srcDir = home.path() + "/src", xfrDir = home.path() + "/xfr";
+    const QString srcDir = home.srcDir, xfrDir = home.dir.path() + "/xfr";
     QDir().mkpath(xfrDir + "/Unallocated");
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
-    FamilyDatabase::Provision(FamilyDatabase::DbPath());
     FamilyDatabase db;
     db.OpenDatabase();
     for (const auto &[key, value] : QList<QPair<QString, QString>>{
@@ -78,10 +56,10 @@ int main(int argc, char **argv)
 
     QElapsedTimer t;
     t.start();
-    QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-r"), srcDir, home.path() + "/cp"});
+    QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-r"), srcDir, home.dir.path() + "/cp"});
     QProcess::execute(QStringLiteral("sync"), {});
     const double cpSeconds = seconds(t);
-    QDir(home.path() + "/cp").removeRecursively();
+    QDir(home.dir.path() + "/cp").removeRecursively();
 
     UnallocatedTransfer transfer(db, {});
     t.restart();
@@ -92,7 +70,7 @@ int main(int argc, char **argv)
                 cpSeconds / exportSeconds);
 
     // The baseline: renaming the exported files into a folder of the same file system and back.
-    const QString renamed = home.path() + "/renamed";
+    const QString renamed = home.dir.path() + "/renamed";
     QStringList exported;
     QDirIterator it(xfrDir + "/Unallocated", QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext())
@@ -107,8 +85,8 @@ int main(int argc, char **argv)
     for (const QString &file : exported)
         QFile::rename(renamed + "/" + QDir(xfrDir).relativeFilePath(file), file);
 
-    WriteSetting(QStringLiteral("SrcDir"), home.path() + "/src2");
-    QDir().mkpath(home.path() + "/src2");
+    WriteSetting(QStringLiteral("SrcDir"), home.dir.path() + "/src2");
+    QDir().mkpath(home.dir.path() + "/src2");
     t.restart();
     transfer.ImportUnalloc();
     const double importSeconds = seconds(t);

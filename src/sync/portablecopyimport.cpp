@@ -126,7 +126,12 @@ QString PortableCopyImport::ImportFromPortableCopy()
 
 QString PortableCopyImport::originalsFolder(const QString &xfrDir, const QString &deviceIni)
 {
-    const QString value = IniFile::read(deviceIni, QStringLiteral("Settings"), QStringLiteral("PortCopyOrigCopyDir"));
+    // Read as the portable copy reads it: its administrator file (beside its settings file) wins.
+    const QString key = QStringLiteral("PortCopyOrigCopyDir");
+    const QString adminIni = lib_JoinPath(xfrDir, QLatin1String(AppPaths::kExeBase) + QStringLiteral("P.ini"));
+    QString value = IniFile::read(adminIni, QStringLiteral("Settings"), key);
+    if (value.trimmed().isEmpty())
+        value = IniFile::read(deviceIni, QStringLiteral("Settings"), key);
     // A relative value is relative to the device's own folder, where its settings file lies.
     const QString folder = QDir::cleanPath(ResolveRelativeDir(value.trimmed(), xfrDir));
     // The folder named by the device must be on the device: a settings file that names one of

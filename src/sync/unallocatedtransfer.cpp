@@ -1,5 +1,6 @@
 #include "unallocatedtransfer.h"
 
+#include "batchfiletransfer.h"
 #include "databasetransfer.h"
 #include "foreignpath.h"
 #include "transferfolders.h"
@@ -149,27 +150,6 @@ bool UnallocatedTransfer::exportPhotos(const QStringList &photos, const QString 
     return true;
 }
 
-void UnallocatedTransfer::warnSourceDirChanged(const QString &folder)
-{
-    const QString flag = lib_JoinPath(folder, FlagFileName());
-    if (!QFileInfo(flag).isFile())
-        return;
-    QStringList lines;
-    QFile file(flag);
-    if (file.open(QIODevice::ReadOnly)) {
-        // Two lines, the old and the new Source Dir of the other PC; shown, never used as paths.
-        lines = QString::fromUtf8(file.read(8192)).split(QRegularExpression(QStringLiteral("\r?\n")));
-        file.close();
-    }
-    while (lines.size() < 2)
-        lines << QString();
-    lib_KillFile(flag, true);
-    lib_MsgWarning(QStringLiteral("** WARNING **\r\nIt appears the Source Dir was changed on the other computer.\r\n")
-                   + lines.at(0) + QStringLiteral(" --> ") + lines.at(1)
-                   + QStringLiteral("\r\nPlease check the following dialogs carefully in case you need to change "
-                                    "your Source Dir before continuing."));
-}
-
 QString UnallocatedTransfer::ImportUnalloc()
 {
     const QString xfr = ReadSetting(QStringLiteral("BatchXfrDir"));
@@ -177,7 +157,9 @@ QString UnallocatedTransfer::ImportUnalloc()
     if (xfr.isEmpty())
         return QString();
     const QString folder = lib_JoinPath(xfr, FolderName());
-    warnSourceDirChanged(folder);
+    const QString warning = BatchfileTransfer::TakeSrcDirChangeWarning(folder);
+    if (!warning.isEmpty())
+        lib_MsgWarning(warning);
     if (!TransferFolders::AskImportFiles(folder, srcDir))
         return QString();
     if (!lib_DirExists(folder)) {

@@ -41,7 +41,6 @@ private:
     };
 
     bool exportPhotos(const QStringList &photos, const QString &srcDir, const QString &folder);
-    void warnSourceDirChanged(const QString &folder);
     QList<Item> listImport(const QString &folder, const QString &srcDir, int &waiting);
     bool moveItems(const QList<Item> &items, bool deleteDuplicates, const QString &folder);
 

@@ -6,7 +6,9 @@
 #include "picturebox.h"
 #include "transfercommands.h"
 #include "workspacecontroller.h"
+#include "batchfilecommands.h"
 #include "sync/batchfilejournal.h"
+#include "sync/batchfileprocessing.h"
 #include "app/startup.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
@@ -41,8 +43,8 @@ frmMain::frmMain(QWidget *parent)
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
-    // The imports end with the window's own Refresh, whatever it does.
-    new TransferCommands(m_db, *m_ws, m_menus, [this] { m_menus.mnuRefresh->trigger(); },
+    // The imports end with the window's Refresh (lists reloaded, waiting batchfiles replayed).
+    new TransferCommands(m_db, *m_ws, m_menus, [this] { Refresh(); },
                          [this](const QString &text) { setStatus(text); }, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
@@ -103,13 +105,16 @@ bool frmMain::StartUp()
         m_ui.lblVersion->setText(Startup::VersionLine());
     });
     lib_Stopwatch(1);
+    runStep(QStringLiteral("CleanupOldBatchfiles"), [] { BatchfileProcessing::CleanupOldBatchfiles(); });
+    DebugLogTiming(QStringLiteral("CleanupOldBatchfiles")); // the log line reads "CleanupOldBatchfiles: " and the time
+    lib_Stopwatch(1);
     const bool opened = m_db.OpenDatabase();
     DebugLogTiming(QStringLiteral("OpenDatabase"));
     if (!opened) {
         QGuiApplication::restoreOverrideCursor();
         return false; // the fatal message has been shown
     }
-    runStep(QStringLiteral("InitBatchfile"), [] { Batchfile::InitBatchfile(); });
+    runStep(QStringLiteral("InitBatchfile"), [this] { Batchfile::InitBatchfile([this] { ProcessBatchfiles(); }); });
     runStep(QStringLiteral("StartUp: buttons"), [this] { InitButtons(); });
     runStep(QStringLiteral("StartUp: undo store"), [this] { m_ws->CreateUndos(); });
     runStep(QStringLiteral("StartUp: large picture"), [this] {
@@ -193,7 +198,7 @@ void frmMain::afterSettingsSaved()
 {
     runStep(QStringLiteral("cmdSave_Click()"), [this] {
         m_db.WriteFamilyIDsCsv();
-        Batchfile::InitBatchfile();
+        Batchfile::InitBatchfile([this] { ProcessBatchfiles(); });
         InitButtons();
     });
     // The dialog closes after this signal; the lists follow the new settings once it has gone.
@@ -220,8 +225,8 @@ void frmMain::InitButtons()
     const bool batchXfr = !ReadSetting(QStringLiteral("BatchXfrDir")).isEmpty();
     m_menus.mnuPrepWeb->setEnabled(!ReadSetting(QStringLiteral("WebTgtDir")).isEmpty());
     m_menus.mnuPrepCD->setEnabled(!ReadSetting(QStringLiteral("CdTgtDir")).isEmpty());
-    for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatch,
-                       m_menus.mnuImportBatch})
+    for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatchfiles,
+                       m_menus.mnuImportBatchfiles})
         a->setEnabled(batchXfr);
     m_menus.mnuImportFromPortableCopy->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
 }
@@ -237,18 +242,28 @@ void frmMain::wireCommands()
     });
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
     // Refresh: new photos in the Source Dir, changed settings and families are read again.
-    connect(m_menus.mnuRefresh, &QAction::triggered, this, [this] {
-        runStep(QStringLiteral("mnuRefresh_Click()"), [this] {
-            InitButtons();
-            InitData();
-        });
-    });
+    connect(m_menus.mnuRefresh, &QAction::triggered, this, &frmMain::Refresh);
+    new BatchfileCommands(*this);
     // Commands whose work is not part of this build stay unavailable rather than pretending.
     for (QAction *a : {m_menus.mnuFamilies, m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     // Save follows the selections, Undo and review the undo levels.
     m_ui.cmdSave->setEnabled(false);
     m_menus.mnuSave->setEnabled(false);
+}
+
+void frmMain::Refresh()
+{
+    runStep(QStringLiteral("mnuRefresh_Click()"), [this] {
+        InitButtons();
+        ProcessBatchfiles();
+        InitData();
+    });
+}
+
+void frmMain::ProcessBatchfiles()
+{
+    BatchfileProcessing(&m_db).ProcessBatchfiles();
 }
 
 void frmMain::onExitClicked()

@@ -34,6 +34,11 @@ public:
     void openSettings();
     // The initial availability of the commands.
     void InitButtons();
+    // Action > Refresh: the commands' availability, the other PCs' batchfiles replayed, the
+    // settings read again and both lists rebuilt.
+    void Refresh();
+    // Replays the batchfiles other PCs left in the data folder.
+    void ProcessBatchfiles();
 
     const MainWindowLayout &controls() const { return m_ui; }
     const MainMenus &menus() const { return m_menus; }

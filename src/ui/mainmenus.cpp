@@ -45,8 +45,8 @@ void MainMenus::build(QMainWindow *window)
     external->setObjectName(QStringLiteral("mnuExternal"));
     mnuExportUnalloc = entry(external, "mnuExportUnalloc", QStringLiteral("Export &unallocated files"));
     mnuImportUnalloc = entry(external, "mnuImportUnalloc", QStringLiteral("Import unallocated files"));
-    mnuExportBatch = entry(external, "mnuExportBatch", QStringLiteral("Export batchfiles"));
-    mnuImportBatch = entry(external, "mnuImportBatch", QStringLiteral("Import batchfiles"));
+    mnuExportBatchfiles = entry(external, "mnuExportBatchfiles", QStringLiteral("Export batchfiles"));
+    mnuImportBatchfiles = entry(external, "mnuImportBatchfiles", QStringLiteral("Import batchfiles"));
     mnuImportFromPortableCopy = entry(external, "mnuImportFromPortableCopy", QStringLiteral("Import From Portable Copy"));
     external->addSeparator();
     mnuPrepWeb = entry(external, "mnuPrepWeb", QStringLiteral("Prep files for &web upload"));

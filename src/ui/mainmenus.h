@@ -24,8 +24,8 @@ struct MainMenus
 
     QAction *mnuExportUnalloc = nullptr;
     QAction *mnuImportUnalloc = nullptr;
-    QAction *mnuExportBatch = nullptr;
-    QAction *mnuImportBatch = nullptr;
+    QAction *mnuExportBatchfiles = nullptr;
+    QAction *mnuImportBatchfiles = nullptr;
     QAction *mnuImportFromPortableCopy = nullptr;
     QAction *mnuPrepWeb = nullptr;
     QAction *mnuPrepCD = nullptr;

@@ -173,7 +173,7 @@ private Q_SLOTS:
         QVERIFY(!m.mnuFamsBothDays->isEnabled());
         QVERIFY(m.mnuPrepWeb->isEnabled());
         QVERIFY(!m.mnuPrepCD->isEnabled());
-        for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatch, m.mnuImportBatch})
+        for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatchfiles, m.mnuImportBatchfiles})
             QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
         QVERIFY(!m.mnuImportFromPortableCopy->isEnabled());
         QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
