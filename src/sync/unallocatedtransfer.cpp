@@ -22,6 +22,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -53,6 +54,29 @@ bool isCopyTemporary(const QString &name)
 {
     static const QRegularExpression temp(QStringLiteral("\\.~\\d\\d$"));
     return temp.match(name).hasMatch();
+}
+
+// The folder of the export that receives the photos of one folder of the Source Dir, made with
+// its parents; each folder is checked and made once per export. The transfer folder is shared
+// with other machines: a sub-folder there that is a link leading elsewhere must not receive the
+// copies. Empty, with the reason in `why`, when it is refused.
+QString exportFolderFor(const QString &folder, const QString &relativeDir, QHash<QString, QString> &made, QString &why)
+{
+    const auto known = made.constFind(relativeDir);
+    if (known != made.constEnd())
+        return known.value();
+    QString dir = folder;
+    if (!relativeDir.isEmpty() && relativeDir != QLatin1String(".")) {
+        const ForeignPath resolved = ForeignPath::resolve(folder, relativeDir + QLatin1Char('/'));
+        if (!resolved.ok()) {
+            why = resolved.refusal();
+            return QString();
+        }
+        dir = resolved.path();
+    }
+    lib_MakePath(dir);
+    made.insert(relativeDir, dir);
+    return dir;
 }
 
 QString summary(int count, bool database, const QString &done, const QString &dbDone)
@@ -122,26 +146,23 @@ bool UnallocatedTransfer::exportPhotos(const QStringList &photos, const QString 
     port.progressShow(QStringLiteral("Exporting unallocated..."));
     port.progressInit(int(photos.size()));
     TransferRefusals refused;
+    QHash<QString, QString> madeDirs; // relative folder -> its folder in the export, made
     for (int i = 0; i < photos.size(); ++i) {
         if (appState().cancel) {
             port.progressHide();
             return false;
         }
         const QString &photo = photos.at(i);
-        // The transfer folder is shared with other machines: a sub-folder there that is a link
-        // leading elsewhere must not receive the copy.
-        const QString relative = QDir(srcDir).relativeFilePath(photo);
-        const ForeignPath target = ForeignPath::resolve(folder, relative);
-        if (!target.ok()) {
-            refused.add(photo, target.refusal());
-        } else if (!QFileInfo::exists(target.path())) {
-            lib_MakePath(lib_DirPart(target.path()));
-            if (!CopyResizedImage(photo, target.path(), sizeCode, qualityCode)) {
-                // The user chose to cancel after a failed copy: the photos end here, the database
-                // export and the summary still follow.
-                appState().cancel = false;
-                break;
-            }
+        QString why;
+        const QString dir = exportFolderFor(folder, QDir(srcDir).relativeFilePath(lib_DirPart(photo)), madeDirs, why);
+        const QString target = dir.isEmpty() ? QString() : lib_JoinPath(dir, lib_FilePart(photo));
+        if (dir.isEmpty()) {
+            refused.add(photo, why);
+        } else if (!QFileInfo::exists(target) && !CopyResizedImage(photo, target, sizeCode, qualityCode)) {
+            // The user chose to cancel after a failed copy: the photos end here, the database
+            // export and the summary still follow.
+            appState().cancel = false;
+            break;
         }
         port.progressUpdate(i + 1, i + 1);
     }

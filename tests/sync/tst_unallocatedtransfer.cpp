@@ -102,6 +102,24 @@ private Q_SLOTS:
         QCOMPARE(m_refreshes, 0);
     }
 
+    // A sub-folder of the shared transfer folder that is a link leading elsewhere gets no copy.
+    void exportRefusesALinkedSubFolder()
+    {
+        const QString outside = m_f->env.path(QStringLiteral("outside"));
+        QDir().mkpath(outside);
+        QVERIFY(QFile::link(outside, unalloc("Trip")));
+        writeBytes(m_f->a.src() + "/Trip/IMG_0003.jpg", jpeg(3));
+        writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1));
+        FamilyDatabase db;
+        QVERIFY(db.OpenDatabase());
+        UnallocatedTransfer transfer(db, {});
+        QCOMPARE(transfer.ExportUnalloc({m_f->a.src() + "/IMG_0001.jpg", m_f->a.src() + "/Trip/IMG_0003.jpg"}),
+                 QStringLiteral("2 files exported"));
+        QVERIFY(m_f->port.texts().join("|").contains(m_f->a.src() + "/Trip/IMG_0003.jpg: "));
+        QCOMPARE(tree(outside), QStringList());
+        QCOMPARE(fileBytes(unalloc("IMG_0001.jpg")), jpeg(1));
+    }
+
     void exportResizesWhenAsked()
     {
         writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1, QSize(640, 480)));
