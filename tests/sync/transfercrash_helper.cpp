@@ -3,45 +3,14 @@
 // it kills itself (SIGKILL, no clean-up) when the progress reaches that many files; the crash test
 // also kills it from outside at chosen moments. Every question is answered Yes.
 #include "app/familydatabase.h"
-#include "lib/userprompt.h"
+#include "support/killingprompt.h"
 #include "sync/databasetransfer.h"
 #include "sync/unallocatedtransfer.h"
 
 #include <QCoreApplication>
-#include <csignal>
 
 using namespace quillet;
-
-namespace {
-
-class KillingPrompt final : public UserPrompt
-{
-public:
-    int killAt = 0;
-    bool showMessage(const QString &, bool) override { return true; }
-    void progressShow(const QString &) override {}
-    void progressInit(int) override {}
-    void progressUpdate(int position, int) override
-    {
-        if (killAt > 0 && position == killAt)
-            ::raise(SIGKILL);
-    }
-    void progressHide() override {}
-    QString browseForFolder(const QString &, const QString &) override { return {}; }
-    QString openFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    QString typedText(const QString &, const QString &) override { return {}; }
-    bool openWithDefaultProgram(const QString &) override { return false; }
-    bool waitForWindow(const QString &, int) override { return false; }
-    void setClipboardText(const QString &) override {}
-    void beep() override {}
-    bool shiftHeld() override { return false; }
-    void restoreActiveWindow() override {}
-    void processEvents() override {}
-    void setBusy(bool) override {}
-};
-
-} // namespace
+using namespace quillet::test;
 
 int main(int argc, char **argv)
 {
