@@ -2,6 +2,7 @@
 
 #include "frmmain.h"
 #include "sync/batchfiletransfer.h"
+#include "sync/databasetransfer.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
 
@@ -38,8 +39,7 @@ void BatchfileCommands::mnuExportBatchfiles()
     guarded("mnuExportBatchfiles_Click()", [this] {
         BatchfileTransfer transfer;
         transfer.status = [this](const QString &text) { m_window.setStatus(text); };
-        // ExportFamilyDatabase joins here once the family database transfer is part of the program:
-        // transfer.exportDatabase = ...;
+        transfer.exportDatabase = [this] { return ExportFamilyDatabase(m_window.database()); };
         transfer.ExportBatchfiles();
     });
 }
@@ -50,8 +50,7 @@ void BatchfileCommands::mnuImportBatchfiles()
         BatchfileTransfer transfer;
         transfer.status = [this](const QString &text) { m_window.setStatus(text); };
         transfer.refresh = [this] { m_window.Refresh(); };
-        // ImportFamilyDatabase joins here once the family database transfer is part of the program:
-        // transfer.importDatabase = ...;
+        transfer.importDatabase = [this] { return ImportFamilyDatabase(m_window.database()); };
         transfer.ImportBatchfiles();
     });
 }

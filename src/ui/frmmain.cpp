@@ -7,6 +7,7 @@
 #include "keyboardcommands.h"
 #include "publishcommands.h"
 #include "picturebox.h"
+#include "transfercommands.h"
 #include "workspacecontroller.h"
 #include "batchfilecommands.h"
 #include "sync/batchfilejournal.h"
@@ -47,6 +48,9 @@ frmMain::frmMain(QWidget *parent)
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
     new KeyboardCommands(m_ui, m_menus, *m_controller, this);
     new PublishCommands(m_db, m_menus, [this](const QString &text) { setStatus(text); }, this);
+    // The imports end with the window's Refresh (lists reloaded, waiting batchfiles replayed).
+    new TransferCommands(m_db, *m_ws, m_menus, [this] { Refresh(); },
+                         [this](const QString &text) { setStatus(text); }, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
     connect(m_controller, &WorkspaceController::fatal, this, [this] {
@@ -249,7 +253,7 @@ void frmMain::InitButtons()
     for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatchfiles,
                        m_menus.mnuImportBatchfiles})
         a->setEnabled(batchXfr);
-    m_menus.mnuImportPortable->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
+    m_menus.mnuImportFromPortableCopy->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
 }
 
 void frmMain::wireCommands()

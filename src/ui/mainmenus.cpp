@@ -49,7 +49,7 @@ void MainMenus::build(QMainWindow *window)
     mnuImportUnalloc = entry(external, "mnuImportUnalloc", QStringLiteral("Import unallocated files"));
     mnuExportBatchfiles = entry(external, "mnuExportBatchfiles", QStringLiteral("Export batchfiles"));
     mnuImportBatchfiles = entry(external, "mnuImportBatchfiles", QStringLiteral("Import batchfiles"));
-    mnuImportPortable = entry(external, "mnuImportPortable", QStringLiteral("Import From Portable Copy"));
+    mnuImportFromPortableCopy = entry(external, "mnuImportFromPortableCopy", QStringLiteral("Import From Portable Copy"));
     external->addSeparator();
     mnuPrepWebUpload = entry(external, "mnuPrepWebUpload", QStringLiteral("Prep files for &web upload"));
     mnuPrepCopyToCD = entry(external, "mnuPrepCopyToCD", QStringLiteral("Prep files for copy to &CD"));

@@ -26,7 +26,7 @@ struct MainMenus
     QAction *mnuImportUnalloc = nullptr;
     QAction *mnuExportBatchfiles = nullptr;
     QAction *mnuImportBatchfiles = nullptr;
-    QAction *mnuImportPortable = nullptr;
+    QAction *mnuImportFromPortableCopy = nullptr;
     QAction *mnuPrepWebUpload = nullptr;
     QAction *mnuPrepCopyToCD = nullptr;
 

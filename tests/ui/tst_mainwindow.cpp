@@ -203,7 +203,7 @@ private Q_SLOTS:
         QVERIFY(!m.mnuPrepCopyToCD->isEnabled());
         for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatchfiles, m.mnuImportBatchfiles})
             QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
-        QVERIFY(!m.mnuImportPortable->isEnabled());
+        QVERIFY(!m.mnuImportFromPortableCopy->isEnabled());
         QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
     }
 

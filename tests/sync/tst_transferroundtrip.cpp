@@ -1,0 +1,221 @@
+#include "transferfixture.h"
+
+#include "lib/appstate.h"
+#include "support/testjpeg.h"
+#include "sync/batchfileprocessing.h"
+#include "sync/batchfilejournal.h"
+#include "sync/batchfiletransfer.h"
+#include "sync/databasetransfer.h"
+#include "sync/portablecopyimport.h"
+#include "sync/unallocatedtransfer.h"
+#include "workspace/allocationsave.h"
+#include "workspace/workspace.h"
+
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QMap>
+#include <QTest>
+
+using namespace quillet;
+using namespace quillet::test;
+
+namespace {
+
+// Every file below `root` with a digest of its bytes.
+QMap<QString, QByteArray> tree(const QString &root)
+{
+    QMap<QString, QByteArray> out;
+    QDirIterator it(root, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        out[QDir(root).relativeFilePath(path)] = QCryptographicHash::hash(fileBytes(path), QCryptographicHash::Sha1);
+    }
+    return out;
+}
+
+QStringList names(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::Files, QDir::Name);
+}
+
+// Saves on the active PC, one Save per step: the photos named to the one family.
+void allocate(FamilyDatabase &db, const QList<QPair<QStringList, int>> &steps)
+{
+    Batchfile::InitBatchfile();
+    Workspace ws(db, PhotoServices::Default());
+    ws.ReadSessionSettings();
+    ws.options().thumbnails = false;
+    ws.options().filterByDay = false;
+    ws.CreateUndos();
+    AllocationSave save(ws);
+    for (const auto &[photos, family] : steps) {
+        ws.LoadSource(true, false);
+        ws.ReloadFamilyCollections();
+        ws.LoadFamilies(false, false, false, false, false);
+        for (int i = 0; i < ws.sourceList().rowCount(); ++i)
+            ws.sourceList().setSelected(i, photos.contains(ws.sourceList().at(i).text));
+        ws.familyList().clearSelection();
+        ws.familyList().setSelected(ws.familyList().positionOfId(family), true);
+        save.Save();
+    }
+    ws.undos().SaveToFile();
+    Batchfile::SetCurrentPath(QString());
+}
+
+QString importBatchfiles(FamilyDatabase &db)
+{
+    BatchfileTransfer transfer;
+    transfer.importDatabase = [&db] { return ImportFamilyDatabase(db); };
+    transfer.refresh = [&db] { BatchfileProcessing(&db).ProcessBatchfiles(); };
+    return transfer.ImportBatchfiles();
+}
+
+} // namespace
+
+// Work travelling between installations the way a centre uses them: unallocated photos and the
+// families from A to B, B's allocations back to A through the journal; a portable copy's work
+// through A to B.
+class TestTransferRoundTrip : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<TwoPcFixture> m_f;
+
+    void photos(const QString &srcDir, int count)
+    {
+        for (int i = 1; i <= count; ++i) {
+            TestJpeg want;
+            want.size = QSize(48 + 16 * i, 48);
+            want.seed = i;
+            writeBytes(srcDir + QStringLiteral("/P%1.jpg").arg(i), encodeJpeg(testPicture(want.size, i), 85));
+        }
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_f = std::make_unique<TwoPcFixture>();
+        QVERIFY(m_f->install());
+        appState().cancel = false;
+        appState().isPortableCopy = false;
+        for (const PcHome *pc : {&m_f->b, &m_f->a}) {
+            pc->activate();
+            WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
+        }
+    }
+    void cleanup()
+    {
+        m_f.reset();
+        appState().isPortableCopy = false;
+        Batchfile::SetCurrentPath(QString());
+    }
+
+    void photosAllocatedOnBComeBackToA()
+    {
+        PcHome &a = m_f->a, &b = m_f->b;
+        photos(a.src(), 3);
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            addFamily(db, 3, QStringLiteral("Ann"));
+            addFamily(db, 5, QStringLiteral("Bob"));
+            UnallocatedTransfer transfer(db, {});
+            QCOMPARE(transfer.ExportUnalloc({a.src() + "/P1.jpg", a.src() + "/P2.jpg", a.src() + "/P3.jpg"}),
+                     QStringLiteral("3 files exported\r\nDatabase exported"));
+        }
+        b.activate();
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            m_f->port.answer(true); // import the files
+            QCOMPARE(UnallocatedTransfer(db, {}).ImportUnalloc(), QStringLiteral("3 files imported\r\nDatabase imported"));
+            allocate(db, {{{"P1.jpg", "P2.jpg"}, 3}, {{"P3.jpg"}, 5}});
+            m_f->port.answer(true); // create the transfer folder
+            BatchfileTransfer transfer;
+            transfer.exportDatabase = [&db] { return ExportFamilyDatabase(db); };
+            QCOMPARE(transfer.ExportBatchfiles().section(QStringLiteral("\r\n"), 0, 0), QStringLiteral("1 file exported"));
+        }
+        a.activate();
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            m_f->port.answer(true); // process B's batchfile
+            QCOMPARE(importBatchfiles(db).section(QStringLiteral("\r\n"), 0, 0), QStringLiteral("1 file imported"));
+        }
+        QCOMPARE(tree(a.tgt()).keys(), (QStringList{"Ann/P1.jpg", "Ann/P2.jpg", "Bob/P3.jpg"}));
+        QCOMPARE(tree(a.tgt()), tree(b.tgt()));
+        QCOMPARE(names(a.src()), (QStringList{"P1(#3#).jpg", "P2(#3#).jpg", "P3(#5#).jpg"}));
+        QCOMPARE(names(b.src()), names(a.src()));
+        QCOMPARE(m_f->port.unexpectedQuestions, 0);
+    }
+
+    // A portable copy belonging to A allocates; its work is imported on A, sent on, replayed on B.
+    void portableCopyWorkReachesB()
+    {
+        PcHome &a = m_f->a, &b = m_f->b;
+        const QString device = m_f->env.path(QStringLiteral("device"));
+        const QString originals = device + QStringLiteral("/Originals");
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            addFamily(db, 3, QStringLiteral("Ann"));
+        }
+        const QString dbOfA = FamilyDatabase::DbPath();
+        // The portable copy: its data folder on the device, its administrator file, A's families.
+        qputenv("XDG_DATA_HOME", device.toUtf8());
+        qputenv("HOME", (m_f->env.root() + "/P/home").toUtf8());
+        QVERIFY(QDir().mkpath(AppPaths::dataDir()));
+        QVERIFY(QFile::copy(dbOfA, FamilyDatabase::DbPath()));
+        writeBytes(AppPaths::adminIni(), "[Settings]\r\nPCname=A\r\nCreateBatchs=1\r\nPortCopyOrigCopyDir="
+                                             + originals.toUtf8() + "\r\n");
+        const QString pSrc = m_f->env.path(QStringLiteral("P/src")), pTgt = m_f->env.path(QStringLiteral("P/tgt"));
+        QDir().mkpath(pTgt);
+        for (const auto &[key, value] : QList<QPair<QString, QString>>{
+                 {"SrcDir", pSrc}, {"TgtDir", pTgt}, {"Thumbnails", "0"}, {"SrcDirInclSubs", "1"}})
+            WriteSetting(key, value);
+        photos(pSrc, 2);
+        QCOMPARE(ReadSetting(QStringLiteral("PCname")), QStringLiteral("A"));
+        QVERIFY(IsPortableCopy());
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            allocate(db, {{{"P1.jpg", "P2.jpg"}, 3}});
+        }
+        QCOMPARE(names(originals), (QStringList{"P1.jpg", "P2.jpg"}));
+
+        // Home on A: the photos into the Source Dir, the journal adopted, then both sent on.
+        appState().isPortableCopy = false;
+        a.activate();
+        WriteSetting(QStringLiteral("PortableCopyXfrDir"), device + QStringLiteral("/Quillet"));
+        m_f->port.answer(true); // the device
+        m_f->port.answer(true); // its files
+        const QString imported = PortableCopyImport({}).ImportFromPortableCopy();
+        QVERIFY2(imported == QStringLiteral("2 files imported"), qPrintable(m_f->port.texts().join("\n")));
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            QCOMPARE(UnallocatedTransfer(db, {}).ExportUnalloc({a.src() + "/P1.jpg", a.src() + "/P2.jpg"})
+                         .section(QStringLiteral("\r\n"), 0, 0),
+                     QStringLiteral("2 files exported"));
+            m_f->port.answer(true); // create the transfer folder
+            QCOMPARE(BatchfileTransfer().ExportBatchfiles().section(QStringLiteral("\r\n"), 0, 0),
+                     QStringLiteral("1 file exported"));
+        }
+        b.activate();
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            m_f->port.answer(true); // import the files
+            QVERIFY(UnallocatedTransfer(db, {}).ImportUnalloc().startsWith(QLatin1String("2 files imported")));
+            m_f->port.answer(true); // process A's (the portable copy's) batchfile
+            QCOMPARE(importBatchfiles(db).section(QStringLiteral("\r\n"), 0, 0), QStringLiteral("1 file imported"));
+        }
+        QCOMPARE(tree(b.tgt()).keys(), (QStringList{"Ann/P1.jpg", "Ann/P2.jpg"}));
+        QCOMPARE(tree(b.tgt()), tree(pTgt));
+        QCOMPARE(names(b.src()), (QStringList{"P1(#3#).jpg", "P2(#3#).jpg"}));
+        QCOMPARE(m_f->port.unexpectedQuestions, 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTransferRoundTrip)
+#include "tst_transferroundtrip.moc"
