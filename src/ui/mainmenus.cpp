@@ -45,12 +45,12 @@ void MainMenus::build(QMainWindow *window)
     external->setObjectName(QStringLiteral("mnuExternal"));
     mnuExportUnalloc = entry(external, "mnuExportUnalloc", QStringLiteral("Export &unallocated files"));
     mnuImportUnalloc = entry(external, "mnuImportUnalloc", QStringLiteral("Import unallocated files"));
-    mnuExportBatch = entry(external, "mnuExportBatch", QStringLiteral("Export batchfiles"));
-    mnuImportBatch = entry(external, "mnuImportBatch", QStringLiteral("Import batchfiles"));
-    mnuImportPortable = entry(external, "mnuImportPortable", QStringLiteral("Import From Portable Copy"));
+    mnuExportBatchfiles = entry(external, "mnuExportBatchfiles", QStringLiteral("Export batchfiles"));
+    mnuImportBatchfiles = entry(external, "mnuImportBatchfiles", QStringLiteral("Import batchfiles"));
+    mnuImportFromPortableCopy = entry(external, "mnuImportFromPortableCopy", QStringLiteral("Import From Portable Copy"));
     external->addSeparator();
-    mnuPrepWeb = entry(external, "mnuPrepWeb", QStringLiteral("Prep files for &web upload"));
-    mnuPrepCD = entry(external, "mnuPrepCD", QStringLiteral("Prep files for copy to &CD"));
+    mnuPrepWebUpload = entry(external, "mnuPrepWebUpload", QStringLiteral("Prep files for &web upload"));
+    mnuPrepCopyToCD = entry(external, "mnuPrepCopyToCD", QStringLiteral("Prep files for copy to &CD"));
 
     QMenu *settings = bar->addMenu(QStringLiteral("Se&ttings"));
     settings->setObjectName(QStringLiteral("mnuSettings"));

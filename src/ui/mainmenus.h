@@ -24,11 +24,11 @@ struct MainMenus
 
     QAction *mnuExportUnalloc = nullptr;
     QAction *mnuImportUnalloc = nullptr;
-    QAction *mnuExportBatch = nullptr;
-    QAction *mnuImportBatch = nullptr;
-    QAction *mnuImportPortable = nullptr;
-    QAction *mnuPrepWeb = nullptr;
-    QAction *mnuPrepCD = nullptr;
+    QAction *mnuExportBatchfiles = nullptr;
+    QAction *mnuImportBatchfiles = nullptr;
+    QAction *mnuImportFromPortableCopy = nullptr;
+    QAction *mnuPrepWebUpload = nullptr;
+    QAction *mnuPrepCopyToCD = nullptr;
 
     QAction *mnuFamilies = nullptr;
     QAction *mnuOptions = nullptr;

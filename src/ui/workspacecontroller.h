@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commandstates.h"
 #include "frmlargepic.h"
 #include "workspace/workspace.h"
 
@@ -24,8 +25,9 @@ public:
     // Sets the option boxes from the workspace's options (without reloading anything).
     void showOptions();
     // Rebuilds the photo list (covered by "Loading..." while it runs). False when the program
-    // must end (the thumbnail placeholder is missing).
-    bool LoadSource();
+    // must end (the thumbnail placeholder is missing). The debug run lists allocated photos too
+    // and writes the debug list of the scan.
+    bool LoadSource(bool debug = false);
     // Shows the selected photo, its name and date; sets the photo commands.
     void DisplaySrcFile(bool ignoreReviewingUndo = false);
     // Enables Save and its menu entry when the selections allow it.
@@ -37,6 +39,8 @@ public:
     // Opens the large picture window (at start when it was open last time).
     void largePictureOpen() { openLargePicture(); }
     frmLargePic *largePicture() const { return m_largePic; }
+    // The availability of the window's commands.
+    CommandStates &commands() { return m_commands; }
 
 Q_SIGNALS:
     // The placeholder picture is missing: the program cannot go on.
@@ -57,6 +61,7 @@ private:
     MainWindowLayout &m_ui;
     MainMenus &m_menus;
     QWidget *m_window;
+    CommandStates m_commands;
     SelectionMirror *m_sourceMirror = nullptr;
     SelectionMirror *m_familyMirror = nullptr;
     QPointer<frmLargePic> m_largePic;

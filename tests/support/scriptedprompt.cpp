@@ -66,8 +66,10 @@ void ScriptedPrompt::progressHide()
     progressVisible = false;
 }
 
-QString ScriptedPrompt::browseForFolder(const QString &, const QString &)
+QString ScriptedPrompt::browseForFolder(const QString &startDir, const QString &prompt)
 {
+    chooserStart = startDir;
+    chooserPrompt = prompt;
     return m_choices.isEmpty() ? QString() : m_choices.dequeue();
 }
 

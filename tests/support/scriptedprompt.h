@@ -42,6 +42,9 @@ public:
     // Raise the cancel flag when the progress reaches this position (0: never).
     int cancelAtPosition = 0;
 
+    // The start folder and prompt of the last chooser shown.
+    QString chooserStart;
+    QString chooserPrompt;
     QStringList opened;        // openWithDefaultProgram
     bool openResult = true;    // what openWithDefaultProgram answers
     QString clipboard;

@@ -160,25 +160,6 @@ private Q_SLOTS:
         QVERIFY(w.controls().chkShowParent->isEnabled());
     }
 
-    void commandsAfterStart()
-    {
-        prepareInstallation();
-        QDir().mkpath(m_env->path(QStringLiteral("web")));
-        WriteSetting(QStringLiteral("WebTgtDir"), m_env->path(QStringLiteral("web")));
-        frmMain w;
-        w.StartUp();
-        const MainMenus &m = w.menus();
-        QVERIFY(!w.controls().cmdRepeatSelect->isEnabled());
-        QVERIFY(!w.controls().cmdDelete->isEnabled());
-        QVERIFY(!m.mnuFamsBothDays->isEnabled());
-        QVERIFY(m.mnuPrepWeb->isEnabled());
-        QVERIFY(!m.mnuPrepCD->isEnabled());
-        for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatch, m.mnuImportBatch})
-            QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
-        QVERIFY(!m.mnuImportPortable->isEnabled());
-        QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
-    }
-
     void controlNamesAndCaptions_data()
     {
         QTest::addColumn<QString>("name");
