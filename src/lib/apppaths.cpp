@@ -36,7 +36,7 @@ QString resourceFile(const QString &name)
     const QString beside = applicationDir() + QLatin1Char('/') + name;
     if (QFileInfo::exists(beside))
         return beside;
-    const QString installed = QDir::cleanPath(applicationDir() + QStringLiteral("/../share/") + QLatin1String(kExeBase)
+    const QString installed = QDir::cleanPath(applicationDir() + QLatin1Char('/') + QStringLiteral(QUILLET_DATA_FROM_BIN)
                                               + QLatin1Char('/') + name);
     return QFileInfo::exists(installed) ? installed : beside;
 }
