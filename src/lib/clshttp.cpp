@@ -89,7 +89,10 @@ QString lib_clsHTTP::StatusText(int status)
 
 void lib_clsHTTP::logFailure(const QString &call, const QString &detail) const
 {
-    // The platform's call names stand where the log of the original client named its own.
+    // The line names the Qt Network call that failed where the original client named its WinInet
+    // call: "QNetworkAccessManager" for ":apiInetOpen (", "QNetworkAccessManager::get" or "::post"
+    // for ":apiInetOpenURL (", "QNetworkReply::attribute" (the status) for ":apiHttpQueryInfoStr ("
+    // and "QNetworkReply::readAll" for ":apiInetQueryDataAvailable (".
     try {
         DebugLog(QStringLiteral(":ConnectToHTTPHost():") + call + QStringLiteral(" (") + m_httpUrl
                  + QStringLiteral(") ") + detail);
@@ -153,6 +156,7 @@ bool lib_clsHTTP::send(const QByteArray &verb, const QByteArray &body)
     }
     QNetworkRequest request = makeRequest();
     if (verb == "POST") {
+        // Sent as "Content-Type: application/x-www-form-urlencoded".
         request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/x-www-form-urlencoded"));
         m_reply = m_manager->post(request, body);
     } else {

@@ -2,6 +2,7 @@
 
 #include "errorhandler.h"
 #include "internetpage.h"
+#include "userprompt.h"
 
 #include "app/settingsstore.h"
 
@@ -53,6 +54,7 @@ VersionCheckOutcome CheckVersionOnline(const QString &productCode, const QString
         && !lib_MsgYesNo(QStringLiteral("Checking version number online. No personal information is transmitted.")))
         return VersionCheckOutcome::Cancelled;
     QString newest;
+    BusyPointer busy; // the window keeps painting while it waits, but tells the user it is busy
     try {
         QString host = ReadSetting(QStringLiteral("VersionCheckHost")).trimmed();
         if (host.isEmpty())
