@@ -148,12 +148,38 @@ bool lib_clsHTTP::send(const QByteArray &verb, const QByteArray &body)
     m_size = -1;
     m_body.clear();
     m_tooLarge = false;
+    const QString call = QStringLiteral("QNetworkAccessManager::") + QString::fromLatin1(verb.toLower());
     const QUrl url(m_httpUrl);
     if (!url.isValid() || (url.scheme().compare(QLatin1String("http"), Qt::CaseInsensitive) != 0
                            && url.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) != 0)) {
         logFailure(QStringLiteral("QNetworkAccessManager"), QStringLiteral("not an http or https URL"));
         return false;
     }
+    startRequest(verb, body);
+    if (!wait(true)) {
+        logFailure(call, QStringLiteral("no answer within the time limit"));
+        dropReply();
+        return false;
+    }
+    m_status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
+    m_size = length.isValid() ? length.toLongLong() : -1;
+    if (m_status != 0 && m_status != 200) {
+        logFailure(QStringLiteral("QNetworkReply::attribute"), QString::number(m_status) + QLatin1Char(' ') + StatusText(m_status));
+        dropReply();
+        return false;
+    }
+    if (m_status == 0 || (m_reply->isFinished() && m_reply->error() != QNetworkReply::NoError)) {
+        logFailure(call, m_reply->errorString());
+        dropReply();
+        return false;
+    }
+    m_connected = true;
+    return true;
+}
+
+void lib_clsHTTP::startRequest(const QByteArray &verb, const QByteArray &body)
+{
     QNetworkRequest request = makeRequest();
     if (verb == "POST") {
         // Sent as "Content-Type: application/x-www-form-urlencoded".
@@ -172,29 +198,6 @@ bool lib_clsHTTP::send(const QByteArray &verb, const QByteArray &body)
             m_reply->abort();
         }
     });
-    if (!wait(true)) {
-        logFailure(QStringLiteral("QNetworkAccessManager::") + QString::fromLatin1(verb.toLower()),
-                   QStringLiteral("no answer within the time limit"));
-        dropReply();
-        return false;
-    }
-    if (m_reply->error() != QNetworkReply::NoError && m_reply->isFinished()) {
-        logFailure(QStringLiteral("QNetworkAccessManager::") + QString::fromLatin1(verb.toLower()),
-                   m_reply->errorString());
-        dropReply();
-        return false;
-    }
-    m_status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
-    m_size = length.isValid() ? length.toLongLong() : -1;
-    if (m_status != 200) {
-        logFailure(QStringLiteral("QNetworkReply::attribute"),
-                   QString::number(m_status) + QLatin1Char(' ') + StatusText(m_status));
-        dropReply();
-        return false;
-    }
-    m_connected = true;
-    return true;
 }
 
 bool lib_clsHTTP::wait(bool headersOnly)

@@ -65,6 +65,7 @@ public:
 
 private:
     bool send(const QByteArray &verb, const QByteArray &body);
+    void startRequest(const QByteArray &verb, const QByteArray &body);
     QNetworkRequest makeRequest() const;
     // Waits until the reply finished or (headersOnly) its body began; false on timeout.
     bool wait(bool headersOnly);

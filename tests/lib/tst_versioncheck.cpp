@@ -184,6 +184,18 @@ private Q_SLOTS:
         QVERIFY(log.readAll().contains(":ConnectToHTTPHost():QNetworkAccessManager::get (http://127.0.0.1:"));
     }
 
+    void notFoundIsLoggedWithItsStatusText()
+    {
+        m_server->reply = response("404 Not Found", page("1.5.0"));
+        QCOMPARE(CheckVersionOnline(QStringLiteral("Quillet"), QStringLiteral("1.0"), true, false, 2000),
+                 VersionCheckOutcome::Failed);
+        QFile log(AppPaths::debugLog());
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QVERIFY(log.readAll().contains(":ConnectToHTTPHost():QNetworkReply::attribute (http://127.0.0.1:"));
+        log.seek(0);
+        QVERIFY(log.readAll().contains(") 404 Object not found. Bad URL."));
+    }
+
     void connectionRefused()
     {
         const QString host = m_server->host();
