@@ -303,6 +303,26 @@ private Q_SLOTS:
         QCOMPARE(w.workspace().sourceList().rowCount(), 1); // "Show allocated" is still unticked
     }
 
+    void syncDatesReportsInTheWindowAndAMessage()
+    {
+        prepare();
+        frmMain w;
+        QVERIFY(w.StartUp());
+        w.showMaintenance();
+        frmDebug &debug = *w.maintenanceWindow();
+        m_port->choose(m_env->srcDir());
+        m_port->answer(true); // subfolders
+        QTest::mouseClick(button(debug, "cmdSyncDatesMfromE"), Qt::LeftButton);
+        QCOMPARE(m_port->chooserStart, ReadSetting(QStringLiteral("SrcDir")));
+        const QString result = QStringLiteral("0 files updated (out of 2 analysed)"); // no EXIF dates in them
+        QCOMPARE(m_port->lastText(), result);
+        QCOMPARE(debug.findChild<QLabel *>(QStringLiteral("lblMsg"))->text(), result);
+        // Cancelling the chooser: no question, no message.
+        m_port->clear();
+        QTest::mouseClick(button(debug, "cmdSyncDatesMfromE"), Qt::LeftButton);
+        QVERIFY(m_port->messages().isEmpty());
+    }
+
     void aboutNamesVersionQtDataFolderAndLicences()
     {
         const QString text = AboutBox::text();
