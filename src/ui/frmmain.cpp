@@ -4,6 +4,7 @@
 #include "allocationcommands.h"
 #include "aboutbox.h"
 #include "frmdebug.h"
+#include "frmfamilies.h"
 #include "frmsettings.h"
 #include "picturebox.h"
 #include "workspacecontroller.h"
@@ -198,6 +199,24 @@ void frmMain::openSettings()
     m_settings->show();
 }
 
+void frmMain::openFamilies()
+{
+    auto *editor = new frmFamilies(m_db, this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    editor->setWindowModality(Qt::ApplicationModal);
+    // Emptied and built again, no selection kept: a selected family may have gone or changed name.
+    const auto rebuild = [this] {
+        runStep(QStringLiteral("mnuFamilies_Click()"), [this] {
+            m_ws->ReloadFamilyCollections();
+            m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
+        });
+    };
+    connect(editor, &frmFamilies::familiesChanged, this, rebuild);
+    connect(editor, &QDialog::finished, this, rebuild);
+    editor->LoadList();
+    editor->show();
+}
+
 void frmMain::afterSettingsSaved()
 {
     runStep(QStringLiteral("cmdSave_Click()"), [this] {
@@ -228,6 +247,7 @@ void frmMain::wireCommands()
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
     });
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
+    connect(m_menus.mnuFamilies, &QAction::triggered, this, &frmMain::openFamilies);
     // Refresh: new photos in the Source Dir, changed settings and families are read again.
     connect(m_menus.mnuRefresh, &QAction::triggered, this, [this] {
         runStep(QStringLiteral("mnuRefresh_Click()"), [this] {

@@ -33,6 +33,8 @@ public:
     bool ValidateSettings();
     // Settings > Options: the settings dialog, and what follows a change.
     void openSettings();
+    // Settings > Families: the family editor; the family list follows every change it makes.
+    void openFamilies();
     // The initial availability of the commands.
     void InitButtons();
     // The maintenance window, opened (or raised) beside this one.

@@ -1,4 +1,5 @@
 #include "mainwindowlayout.h"
+#include "widgetnames.h"
 
 #include "picturebox.h"
 
@@ -15,13 +16,6 @@
 namespace quillet {
 
 namespace {
-
-template<typename W>
-W *named(W *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 QPushButton *button(QWidget *parent, const char *name, const QString &caption, const QString &tip)
 {

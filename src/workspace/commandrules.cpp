@@ -14,9 +14,9 @@ Command command(const char *button, const char *menu, Rule rule, const char *set
 
 const QList<Command> &Table()
 {
-    // The "work" column says which commands this build can run. The External entries and the
-    // family editor each come with their own piece of work; until it is part of the program the
-    // entry stays disabled even when its setting is filled in.
+    // The "work" column says which commands this build can run. Each External entry comes with its
+    // own piece of work; until that is part of the program the entry stays disabled even when its
+    // setting is filled in.
     static const QList<Command> table = {
         command("cmdSave", "mnuSave", Rule::SaveAllowed),
         command("cmdRepeatSelect", "mnuRepeatSelect", Rule::SaveMade),
@@ -37,7 +37,7 @@ const QList<Command> &Table()
         command("", "mnuImportFromPortableCopy", Rule::SettingSet, "PortableCopyXfrDir", Work::NotBuilt),
         command("", "mnuPrepWebUpload", Rule::SettingSet, "WebTgtDir", Work::NotBuilt),
         command("", "mnuPrepCopyToCD", Rule::SettingSet, "CdTgtDir", Work::NotBuilt),
-        command("", "mnuFamilies", Rule::Always, nullptr, Work::NotBuilt),
+        command("", "mnuFamilies", Rule::Always),
         command("", "mnuOptions", Rule::Always),
         command("", "mnuHelp", Rule::Always),
         command("", "mnuCheckUpdates", Rule::Always),
