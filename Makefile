@@ -4,7 +4,7 @@
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps configure build run test bench demo clean fuzz test-asan
+.PHONY: all deps configure build run test bench demo install clean fuzz test-asan
 
 all: build
 
@@ -18,6 +18,11 @@ configure: deps
 
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS)
+
+# Installs under PREFIX (default /usr/local), staged below DESTDIR when that is set.
+PREFIX ?= /usr/local
+install: build
+	DESTDIR=$(DESTDIR) cmake --install $(BUILD_DIR) --prefix $(PREFIX)
 
 run: build
 	$(BUILD_DIR)/src/quillet

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 namespace quillet::AppPaths {
@@ -30,14 +31,24 @@ QString applicationDir()
     return QDir::currentPath();
 }
 
+QString resourceFile(const QString &name)
+{
+    const QString beside = applicationDir() + QLatin1Char('/') + name;
+    if (QFileInfo::exists(beside))
+        return beside;
+    const QString installed = QDir::cleanPath(applicationDir() + QLatin1Char('/') + QStringLiteral(QUILLET_DATA_FROM_BIN)
+                                              + QLatin1Char('/') + name);
+    return QFileInfo::exists(installed) ? installed : beside;
+}
+
 QString placeholderPicture()
 {
-    return applicationDir() + QStringLiteral("/ThumbnailPlaceholder.gif");
+    return resourceFile(QStringLiteral("ThumbnailPlaceholder.gif"));
 }
 
 QString helpPage()
 {
-    return applicationDir() + QLatin1Char('/') + QLatin1String(kExeBase) + QStringLiteral(".html");
+    return resourceFile(QLatin1String(kExeBase) + QStringLiteral(".html"));
 }
 
 } // namespace quillet::AppPaths

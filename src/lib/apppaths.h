@@ -23,7 +23,10 @@ QString debugLog();       // quilletDebug.txt
 QString debugView();      // quilletDebug1.txt
 // The folder of the running executable; relative settings resolve against it.
 QString applicationDir();
-// Files shipped beside the executable.
+// A file shipped with the program: beside the executable (a build tree), else in the installed
+// tree's share/quillet folder next to the executable's bin folder, wherever that tree was
+// installed. The path beside the executable when neither exists.
+QString resourceFile(const QString &name);
 QString placeholderPicture();  // ThumbnailPlaceholder.gif
 QString helpPage();            // quillet.html
 

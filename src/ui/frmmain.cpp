@@ -2,6 +2,8 @@
 
 #include "app/settingsstore.h"
 #include "allocationcommands.h"
+#include "aboutbox.h"
+#include "frmdebug.h"
 #include "frmfamilies.h"
 #include "frmsettings.h"
 #include "keyboardcommands.h"
@@ -21,6 +23,8 @@
 #include "lib/deferredsync.h"
 #include "lib/fileutils.h"
 #include "lib/userprompt.h"
+#include "lib/versioncheck.h"
+#include "workspace/maintenancetools.h"
 
 #include <QAction>
 #include <QApplication>
@@ -28,7 +32,6 @@
 #include <QCloseEvent>
 #include <QDir>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 
@@ -103,7 +106,15 @@ bool frmMain::StartUp()
     appState().startTime = QDateTime::currentDateTime();
     runStep(QStringLiteral("StartUp: debug log"), [] { Startup::DeleteDebugLog(); });
     m_picOriginalSize = m_ui.imgPic->size();
-    runStep(QStringLiteral("StartUp: window rectangle"), [this] { restoreWindowRect(); });
+    // Shift at start: the stored window positions are forgotten and the maintenance window opens
+    // beside this one.
+    const bool shift = prompt().shiftHeld();
+    runStep(QStringLiteral("StartUp: window rectangle"), [this, shift] {
+        if (shift)
+            MaintenanceTools::ClearFormRects();
+        else
+            restoreWindowRect();
+    });
     runStep(QStringLiteral("StartUp: title"), [this] {
         ReadSetting(QStringLiteral("PCname")); // any read notices the administrator file
         setWindowTitle(Startup::TitleLine(IsPortableCopy()));
@@ -126,6 +137,8 @@ bool frmMain::StartUp()
         if (ReadSetting(QStringLiteral("FormOpenEP")) == QLatin1String("1"))
             m_controller->largePictureOpen();
     });
+    if (shift)
+        showMaintenance();
     runStep(QStringLiteral("InitData()"), [this] { InitData(); });
 
     QGuiApplication::restoreOverrideCursor();
@@ -233,34 +246,17 @@ void frmMain::afterSettingsSaved()
 
 void frmMain::InitButtons()
 {
-    for (QPushButton *b : {m_ui.cmdRotateRight, m_ui.cmdRotateLeft, m_ui.cmdRepeatSelect, m_ui.cmdRepeatnSave,
-                           m_ui.cmdDelete, m_ui.cmdMoveToTemp}) {
-        if (b->hasFocus())
-            m_ui.cmdExit->setFocus();
-        b->setEnabled(false);
-    }
-    m_menus.mnuRotateRight->setEnabled(false);
-    m_menus.mnuRotateLeft->setEnabled(false);
-    m_menus.mnuRepeatSelect->setEnabled(false);
-    m_menus.mnuRepeatnSave->setEnabled(false);
-    m_menus.mnuDelete->setEnabled(false);
-    m_menus.mnuMoveToTemp->setEnabled(false);
-    m_menus.mnuFamsBothDays->setEnabled(false);
-
-    const bool batchXfr = !ReadSetting(QStringLiteral("BatchXfrDir")).isEmpty();
-    m_menus.mnuPrepWebUpload->setEnabled(!ReadSetting(QStringLiteral("WebTgtDir")).isEmpty());
-    m_menus.mnuPrepCopyToCD->setEnabled(!ReadSetting(QStringLiteral("CdTgtDir")).isEmpty());
-    for (QAction *a : {m_menus.mnuExportUnalloc, m_menus.mnuImportUnalloc, m_menus.mnuExportBatchfiles,
-                       m_menus.mnuImportBatchfiles})
-        a->setEnabled(batchXfr);
-    m_menus.mnuImportFromPortableCopy->setEnabled(!ReadSetting(QStringLiteral("PortableCopyXfrDir")).isEmpty());
+    m_controller->commands().InitButtons();
 }
 
 void frmMain::wireCommands()
 {
     connect(m_menus.mnuExit, &QAction::triggered, this, &QWidget::close);
     connect(m_ui.cmdExit, &QPushButton::clicked, this, &frmMain::onExitClicked);
-    connect(m_menus.mnuAbout, &QAction::triggered, this, &frmMain::showAbout);
+    connect(m_menus.mnuAbout, &QAction::triggered, this, [this] { AboutBox(this).exec(); });
+    connect(m_menus.mnuCheckUpdates, &QAction::triggered, this, [] {
+        CheckVersionOnline(QLatin1String(AppPaths::kTitle), QStringLiteral(QUILLET_VERSION), false, true);
+    });
     connect(m_menus.mnuHelp, &QAction::triggered, this, [] {
         if (!prompt().openWithDefaultProgram(AppPaths::helpPage()))
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
@@ -270,12 +266,8 @@ void frmMain::wireCommands()
     // Refresh: new photos in the Source Dir, changed settings and families are read again.
     connect(m_menus.mnuRefresh, &QAction::triggered, this, &frmMain::Refresh);
     new BatchfileCommands(*this);
-    // Commands whose work is not part of this build stay unavailable rather than pretending.
-    for (QAction *a : {m_menus.mnuCheckUpdates})
-        a->setEnabled(false);
-    // Save follows the selections, Undo and review the undo levels.
-    m_ui.cmdSave->setEnabled(false);
-    m_menus.mnuSave->setEnabled(false);
+    // Until start-up has run InitButtons, only what needs no session is offered.
+    m_controller->commands().apply(false, false, false);
 }
 
 void frmMain::Refresh()
@@ -294,16 +286,31 @@ void frmMain::ProcessBatchfiles()
 
 void frmMain::onExitClicked()
 {
+    // Shift + Exit is the way into the maintenance window; it never ends the program.
+    if (prompt().shiftHeld()) {
+        showMaintenance();
+        return;
+    }
     close();
 }
 
-void frmMain::showAbout()
+frmDebug *frmMain::maintenanceWindow() const
 {
-    QMessageBox::about(this, QStringLiteral("About ") + QLatin1String(AppPaths::kTitle),
-                       QLatin1String(AppPaths::kTitle) + QLatin1Char(' ') + Startup::VersionLine()
-                           + QStringLiteral("\n\nAllocates the day's photos to the families of the children in "
-                                            "them.\n\nData folder: ")
-                           + AppPaths::dataDir());
+    return m_maintenance;
+}
+
+void frmMain::showMaintenance()
+{
+    if (!m_maintenance) {
+        m_maintenance = new frmDebug(*m_ws, *m_controller, this);
+        connect(m_maintenance, &frmDebug::endRequested, this, [this] {
+            m_discardWindowRects = true;
+            close();
+        });
+    }
+    m_maintenance->show();
+    m_maintenance->placeBeside(this);
+    m_maintenance->raise();
 }
 
 void frmMain::closeEvent(QCloseEvent *event)
@@ -319,7 +326,7 @@ void frmMain::ShutDown()
     m_shutDown = true;
     try {
         const QString rect = Startup::RectToStore(geometry(), isMinimized());
-        if (!rect.isEmpty())
+        if (!rect.isEmpty() && !m_discardWindowRects)
             WriteSetting(QStringLiteral("FormRectMn"), rect);
     } catch (const Error &e) {
         lib_ErrorHandler(QStringLiteral("ShutDown()"), e);
@@ -337,6 +344,10 @@ void frmMain::ShutDown()
     for (QWidget *w : QApplication::topLevelWidgets()) {
         if (w != this && w->isVisible())
             w->close();
+    }
+    if (m_discardWindowRects) {
+        // The large picture window stored its rectangle as it closed: forget it again.
+        runStep(QStringLiteral("ShutDown()"), [] { MaintenanceTools::ClearFormRects(); });
     }
     m_db.CloseDatabase();
     DeferredSync::waitForPending();

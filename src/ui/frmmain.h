@@ -8,6 +8,7 @@
 #include "mainwindowlayout.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <functional>
 
 namespace quillet {
@@ -41,6 +42,9 @@ public:
     void Refresh();
     // Replays the batchfiles other PCs left in the data folder.
     void ProcessBatchfiles();
+    // The maintenance window, opened (or raised) beside this one.
+    void showMaintenance();
+    class frmDebug *maintenanceWindow() const;
 
     const MainWindowLayout &controls() const { return m_ui; }
     const MainMenus &menus() const { return m_menus; }
@@ -64,7 +68,6 @@ private:
     void restoreWindowRect();
     void wireCommands();
     void onExitClicked();
-    void showAbout();
 
     void afterSettingsSaved();
 
@@ -78,6 +81,9 @@ private:
     QSize m_picOriginalSize;
     bool m_shutDown = false;
     bool m_fatal = false;
+    // Set when the maintenance window cleared the stored rectangles: shutdown must not store them.
+    bool m_discardWindowRects = false;
+    QPointer<class frmDebug> m_maintenance;
 };
 
 } // namespace quillet

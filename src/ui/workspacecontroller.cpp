@@ -28,6 +28,7 @@ WorkspaceController::WorkspaceController(Workspace &workspace, MainWindowLayout 
     , m_ui(ui)
     , m_menus(menus)
     , m_window(window)
+    , m_commands(window)
 {
     m_ui.lvwSrcFiles->setModel(&m_ws.sourceList());
     m_thumbnailDelegate = new ThumbnailDelegate(this);
@@ -122,7 +123,7 @@ void WorkspaceController::showOptions()
     m_ui.chkAutoFilterFamsByDay->setChecked(o.filterByDay);
 }
 
-bool WorkspaceController::LoadSource()
+bool WorkspaceController::LoadSource(bool debug)
 {
     m_loading = true;
     configureSourceView();
@@ -130,7 +131,7 @@ bool WorkspaceController::LoadSource()
     m_ui.txtSrcfilesBg->show();
     m_ui.txtSrcfilesBg->raise();
     m_ui.lblSrcFilesCnt->hide();
-    const Workspace::LoadResult result = m_ws.LoadSource(!m_ws.options().showAllocated, false);
+    const Workspace::LoadResult result = m_ws.LoadSource(!debug && !m_ws.options().showAllocated, debug);
     m_ui.txtSrcfilesBg->hide();
     m_ui.lblSrcFilesCnt->show();
     m_loading = false;
@@ -278,27 +279,12 @@ void WorkspaceController::DisplaySrcFile(bool ignoreReviewingUndo)
 
 void WorkspaceController::updatePhotoCommands()
 {
-    const bool any = !m_ws.sourceList().selectedRows().isEmpty();
-    for (QPushButton *b : {m_ui.cmdDelete, m_ui.cmdRotateLeft, m_ui.cmdRotateRight, m_ui.cmdMoveToTemp}) {
-        if (!any && b->hasFocus())
-            m_ui.cmdExit->setFocus();
-        b->setEnabled(any);
-    }
-    for (QAction *a : {m_menus.mnuDelete, m_menus.mnuRotateLeft, m_menus.mnuRotateRight, m_menus.mnuMoveToTemp,
-                       m_menus.mnuFamsBothDays})
-        a->setEnabled(any);
-    m_ui.cmdRepeatSelect->setEnabled(m_saveMade);
-    m_menus.mnuRepeatSelect->setEnabled(m_saveMade);
-    m_ui.cmdRepeatnSave->setEnabled(m_saveMade && any);
-    m_menus.mnuRepeatnSave->setEnabled(m_saveMade && any);
-    updateSaveState();
+    m_commands.apply(!m_ws.sourceList().selectedRows().isEmpty(), m_saveMade, m_ws.SaveAllowed());
 }
 
 void WorkspaceController::updateSaveState()
 {
-    const bool allowed = m_ws.SaveAllowed();
-    m_ui.cmdSave->setEnabled(allowed);
-    m_menus.mnuSave->setEnabled(allowed);
+    m_commands.applySave(m_ws.SaveAllowed());
 }
 
 void WorkspaceController::onFamilyClicked()

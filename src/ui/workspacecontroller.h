@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commandstates.h"
 #include "frmlargepic.h"
 #include "workspace/workspace.h"
 
@@ -25,8 +26,9 @@ public:
     // Sets the option boxes from the workspace's options (without reloading anything).
     void showOptions();
     // Rebuilds the photo list (covered by "Loading..." while it runs). False when the program
-    // must end (the thumbnail placeholder is missing).
-    bool LoadSource();
+    // must end (the thumbnail placeholder is missing). The debug run lists allocated photos too
+    // and writes the debug list of the scan.
+    bool LoadSource(bool debug = false);
     // What the status line keeps saying after the last load: that it was stopped part-way, else "".
     const QString &loadNote() const { return m_loadNote; }
     // Shows the selected photo, its name and date; sets the photo commands.
@@ -40,6 +42,8 @@ public:
     // Opens the large picture window (at start when it was open last time).
     void largePictureOpen() { openLargePicture(); }
     frmLargePic *largePicture() const { return m_largePic; }
+    // The availability of the window's commands.
+    CommandStates &commands() { return m_commands; }
 
 Q_SIGNALS:
     // The placeholder picture is missing: the program cannot go on.
@@ -63,6 +67,7 @@ private:
     MainWindowLayout &m_ui;
     MainMenus &m_menus;
     QWidget *m_window;
+    CommandStates m_commands;
     SelectionMirror *m_sourceMirror = nullptr;
     class ThumbnailDelegate *m_thumbnailDelegate = nullptr;
     class QStyledItemDelegate *m_textDelegate = nullptr;

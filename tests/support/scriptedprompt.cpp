@@ -86,9 +86,11 @@ void ScriptedPrompt::progressHide()
     progressVisible = false;
 }
 
-QString ScriptedPrompt::browseForFolder(const QString &startDir, const QString &)
+QString ScriptedPrompt::browseForFolder(const QString &startDir, const QString &prompt)
 {
     browseStarts << startDir;
+    chooserStart = startDir;
+    chooserPrompt = prompt;
     return m_choices.isEmpty() ? QString() : m_choices.dequeue();
 }
 

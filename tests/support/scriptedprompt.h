@@ -58,6 +58,9 @@ public:
     };
     QList<FileDialog> fileDialogs;
 
+    // The start folder and prompt of the last chooser shown.
+    QString chooserStart;
+    QString chooserPrompt;
     QStringList opened;        // openWithDefaultProgram
     QStringList browseStarts;  // the folder each folder chooser started in
     bool openResult = true;    // what openWithDefaultProgram answers
