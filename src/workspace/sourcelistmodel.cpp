@@ -80,6 +80,8 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
         return e.selected;
     case GhostedRole:
         return e.ghosted;
+    case ThumbnailReadyRole:
+        return !e.thumbnail.isNull();
     default:
         return {};
     }

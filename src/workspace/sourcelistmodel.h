@@ -22,6 +22,11 @@ public:
         ColourRole,                 // the small icon: "BLACK", "BLKWHT", "BLUE" or "RED"
         SelectedRole,
         GhostedRole,
+        // bool: in thumbnail view, true once the entry's picture is final (the photo's own
+        // thumbnail, or the placeholder when none can be made); false while the placeholder only
+        // stands in for a thumbnail that is still being made or was released after scrolling far
+        // away. A delegate may paint a "not yet" state from it; the decoration is always valid.
+        ThumbnailReadyRole,
     };
 
     struct Entry
