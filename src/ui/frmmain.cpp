@@ -4,6 +4,7 @@
 #include "allocationcommands.h"
 #include "frmsettings.h"
 #include "picturebox.h"
+#include "thumbnailfeeder.h"
 #include "workspacecontroller.h"
 #include "sync/batchfilejournal.h"
 #include "app/startup.h"
@@ -39,6 +40,8 @@ frmMain::frmMain(QWidget *parent)
     m_menus.build(this);
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
+    // The photo list's thumbnails are made for what it shows, as it scrolls.
+    new ThumbnailFeeder(m_ui.lvwSrcFiles, &m_ws->sourceList());
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.

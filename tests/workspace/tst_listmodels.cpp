@@ -1,6 +1,7 @@
 #include "workspace/familylistmodel.h"
 #include "workspace/orderedprefetch.h"
 #include "workspace/sourcelistmodel.h"
+#include "workspace/thumbnailstore.h"
 
 #include <QAtomicInt>
 #include <QSignalSpy>
@@ -50,9 +51,10 @@ private Q_SLOTS:
     void viewsShowDifferentThings()
     {
         SourceListModel m;
-        auto e = entry(1, QStringLiteral("IMG_1.jpg"));
-        e.thumbnail = QImage(96, 72, QImage::Format_RGB32);
-        m.append(e);
+        ThumbnailStore store([](const QString &) { return QImage(); });
+        m.setThumbnailSource(&store, [](int) { return QString(); });
+        m.append(entry(1, QStringLiteral("IMG_1.jpg")));
+        store.put(1, QImage(96, 72, QImage::Format_RGB32));
         m.setThumbnailView(true);
         QVERIFY(!m.data(m.index(0), Qt::DisplayRole).isValid());
         QCOMPARE(m.data(m.index(0), Qt::DecorationRole).value<QImage>().size(), QSize(96, 72));

@@ -208,7 +208,7 @@ private Q_SLOTS:
         m_fx->load();
         QCOMPARE(m_fx->ws->srcFiles().SrcFilesUndoCnt(), 3);
         for (int row = 1; row <= 3; ++row) {
-            QCOMPARE(m_fx->ws->thumbnailCache().contains(row), withThumbs.contains(row));
+            QCOMPARE(m_fx->ws->thumbnails().has(row), withThumbs.contains(row));
             QCOMPARE(undos().ItemThumbnailImgLstKey(row).isEmpty(), !withThumbs.contains(row));
         }
         QCOMPARE(m_fx->port.progressCaptions.first(), QStringLiteral("Loading thumbnails for undos..."));
