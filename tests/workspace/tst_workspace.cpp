@@ -180,6 +180,26 @@ private Q_SLOTS:
         QVERIFY(!m_port->progressVisible);
     }
 
+    // A sub-folder's photo comes after its parent's photos in the scan, but both views list by
+    // name, so its group colour is the same whichever view the user picks.
+    void bothViewsShareOrderAndColours_data()
+    {
+        QTest::addColumn<bool>("thumbnails");
+        QTest::newRow("text view") << false;
+        QTest::newRow("thumbnail view") << true;
+    }
+    void bothViewsShareOrderAndColours()
+    {
+        QFETCH(bool, thumbnails);
+        photo(QStringLiteral("b.jpg"), QDateTime(kTuesday, QTime(8, 0)));
+        photo(QStringLiteral("c.jpg"), QDateTime(kTuesday, QTime(8, 10)));
+        photo(QStringLiteral("sub/a.jpg"), QDateTime(kTuesday, QTime(13, 0)));
+        m_ws->options().thumbnails = thumbnails;
+        QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
+        QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg"}));
+        QCOMPARE(colours(), (QStringList{"BLACK", "BLKWHT", "BLKWHT"}));
+    }
+
     void cancelKeepsWhatWasAdded()
     {
         for (int i = 0; i < 10; ++i)
