@@ -35,6 +35,8 @@ private:
     QLabel *m_lblMsg1 = nullptr;
     QLabel *m_lblMsg2 = nullptr;
     QElapsedTimer m_started;
+    QElapsedTimer m_painted; // since the labels were last painted
+
 };
 
 } // namespace quillet
