@@ -4,7 +4,7 @@
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps configure build run test bench demo clean
+.PHONY: all deps configure build run test bench demo clean fuzz test-asan
 
 all: build
 
@@ -35,5 +35,29 @@ demo: build
 	@dir=$(DEMO_DIR); $(BUILD_DIR)/tools/quillet-demodata $$dir && \
 	  XDG_DATA_HOME=$$dir/data XDG_CACHE_HOME=$$dir/cache $(BUILD_DIR)/src/quillet
 
+# libFuzzer targets built with clang and the sanitizers, each run FUZZ_SECONDS (default 60).
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
+fuzz:
+	@scripts/install-deps --fuzz
+	@if [ ! -f $(FUZZ_DIR)/CMakeCache.txt ]; then \
+	  CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLET_FUZZ=ON -DBUILD_TESTING=OFF; \
+	fi
+	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target fuzzers
+	FUZZ_SECONDS=$(FUZZ_SECONDS) scripts/run-fuzz $(FUZZ_DIR)
+
+# The whole suite built and run with AddressSanitizer and UndefinedBehaviorSanitizer.
+ASAN_DIR ?= build-asan
+test-asan: deps
+	@if [ ! -f $(ASAN_DIR)/CMakeCache.txt ]; then \
+	  cmake -S . -B $(ASAN_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLET_SANITIZE=ON; \
+	fi
+	@cmake --build $(ASAN_DIR) -j $(JOBS)
+	cd $(ASAN_DIR) && QT_QPA_PLATFORM=offscreen \
+	  ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  ctest --output-on-failure -j $(JOBS)
+
 clean:
-	rm -rf $(BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(ASAN_DIR)

@@ -1,5 +1,4 @@
-#include "lib/terminationsignals.h"
-#include "ui/frmmain.h"
+#include "ui/orderlyexit.h"
 #include "ui/widgetprompt.h"
 
 #include <QApplication>
@@ -13,11 +12,5 @@ int main(int argc, char *argv[])
 
     // Every question and message of the core is shown by the application's own windows.
     quillet::WidgetPrompt userPrompt;
-    quillet::frmMain window;
-    quillet::TerminationSignals signals;
-    QObject::connect(&signals, &quillet::TerminationSignals::terminationRequested, &window, &QWidget::close);
-    window.show();
-    if (!window.StartUp())
-        return 1;
-    return app.exec();
+    return quillet::RunQuillet();
 }

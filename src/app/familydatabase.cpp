@@ -1,4 +1,5 @@
 #include "familydatabase.h"
+#include "lib/atomicwrite.h"
 
 #include "jetsql.h"
 #include "settingsstore.h"
@@ -14,7 +15,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QSqlError>
 #include <QSqlField>
 #include <QSqlQuery>
@@ -355,10 +355,9 @@ void FamilyDatabase::WriteFamilyIDsCsv()
     if (QFileInfo::exists(path) && !(QFile::permissions(path) & QFileDevice::WriteOwner))
         throw Error(kErrPathFileAccess, QStringLiteral("WriteFamilyIDsCsv"),
                     QStringLiteral("Path/File access error: the file is read-only\r\nFile: ") + path);
-    QSaveFile out(path);
-    if (!out.open(QIODevice::WriteOnly) || out.write(text.toUtf8()) < 0 || !out.commit())
-        throw Error(kErrPathFileAccess, QStringLiteral("WriteFamilyIDsCsv"),
-                    out.errorString() + QStringLiteral("\r\nFile: ") + path);
+    const QString failure = WriteFileAtomically(path, text.toUtf8());
+    if (!failure.isEmpty())
+        throw Error(kErrPathFileAccess, QStringLiteral("WriteFamilyIDsCsv"), failure + QStringLiteral("\r\nFile: ") + path);
 }
 
 } // namespace quillet

@@ -156,6 +156,8 @@ int operandStart(const QList<Token> &tokens, int end)
         else if (tokens[i].kind == Token::Open && --depth == 0)
             break;
     }
+    if (i < 0)
+        return 0; // unbalanced: the operand reaches back to the start of the statement
     if (i > 0 && tokens[i - 1].kind == Token::Word) // a function call: IIf(...)
         --i;
     return i;
@@ -180,7 +182,7 @@ int operandEnd(const QList<Token> &tokens, int start)
         else if (tokens[i].kind == Token::Close && --depth == 0)
             break;
     }
-    return i;
+    return std::min(i, int(tokens.size()) - 1); // unbalanced: the operand runs to the end
 }
 
 QString join(const QList<Token> &tokens, int from, int to)

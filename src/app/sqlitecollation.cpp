@@ -20,7 +20,7 @@ int compareText(void *, int lengthA, const void *a, int lengthB, const void *b)
         // and an index sorted under one machine's rules would read as damaged under another's
         // (a Swedish collation puts "Å" after "z"). The general order keeps accented letters
         // beside their base letter; the bare C locale would compare code points instead.
-        QCollator c(QLocale(QLocale::English));
+        QCollator c{QLocale(QLocale::English)};
         c.setCaseSensitivity(Qt::CaseInsensitive);
         return c;
     }();

@@ -1,4 +1,5 @@
 #include "rotatejpeg.h"
+#include "lib/atomicwrite.h"
 
 #include "lib/appstate.h"
 #include "lib/error.h"
@@ -7,7 +8,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 #include <QTemporaryFile>
 
 #include <turbojpeg.h>
@@ -40,8 +40,7 @@ QByteArray transformed(const QByteArray &jpeg, bool clockwise)
 
 bool replaceInPlace(const QString &path, const QByteArray &bytes)
 {
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return WriteFileAtomically(path, bytes).isEmpty();
 }
 
 // A portable copy writes the result beside the system's temporary files and copies it over.

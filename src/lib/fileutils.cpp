@@ -92,8 +92,14 @@ bool lib_MakePath(const QString &path)
     if (p.isEmpty())
         return false;
     BusyPointer busy;
-    QDir().mkpath(p);
-    return QFileInfo(p).isDir();
+    if (QDir().mkpath(p))
+        return true;
+    // The system's reason, for the caller's message (a read-only disk, no space, no permission).
+    const int error = errno;
+    if (QFileInfo(p).isDir())
+        return true;
+    appState().lastSystemError = QString::fromLocal8Bit(std::strerror(error));
+    return false;
 }
 
 QString lib_TempCopyName(const QString &target, const QString &source)
@@ -112,10 +118,19 @@ QString lib_TempCopyName(const QString &target, const QString &source)
 
 namespace {
 
+// The system's reason for the failure that just happened on `file` ("No space left on device"),
+// which Qt does not always carry into its own error text.
+QString systemReason(const QFileDevice &file)
+{
+    const int error = errno;
+    return error != 0 ? QString::fromLocal8Bit(std::strerror(error)) : file.errorString();
+}
+
 QString finishCopy(QFile &out, const QString &temp)
 {
+    errno = 0;
     if (!out.flush())
-        return out.errorString();
+        return systemReason(out);
     if (DeferredSync::active())
         DeferredSync::note(temp);
     else if (::fsync(out.handle()) != 0)
@@ -131,7 +146,9 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
     if (!in.open(QIODevice::ReadOnly))
         return in.errorString();
     QFile out(temp);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    // Unbuffered: the bytes go out in large blocks anyway, and a failed write then carries the
+    // system's reason (a full disk) rather than a buffered flush's "Unknown error".
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return out.errorString();
     const qint64 total = in.size();
     qint64 done = 0;
@@ -151,6 +168,21 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
         out.seek(done);
     }
     QByteArray buffer(1 << 20, Qt::Uninitialized);
+    for (;;) {
+        const qint64 n = in.read(buffer.data(), buffer.size());
+        if (n < 0)
+            return in.errorString();
+        if (n == 0)
+            break;
+        errno = 0;
+        if (out.write(buffer.constData(), n) != n)
+            return systemReason(out);
+        done += n;
+        if (progress && !progress(done, total))
+            return QStringLiteral("Copy cancelled");
+    }
+    if (done != total)
+        return QStringLiteral("The file changed size while it was copied");
     return finishCopy(out, temp);
 }
 

@@ -12,7 +12,8 @@ namespace quillet {
 // Deletes a file, to the desktop trash unless `permanently`; a read-only file is made writable and
 // deleted. True when the file no longer exists (also when it never did).
 bool lib_KillFile(const QString &path, bool permanently = false);
-// Creates a folder and every missing parent. True when the folder exists afterwards.
+// Creates a folder and every missing parent. True when the folder exists afterwards; when not,
+// appState().lastSystemError holds the system's reason.
 bool lib_MakePath(const QString &path);
 
 // Called during a copy with the bytes copied so far and the total; returning false cancels it.

@@ -1,11 +1,11 @@
 #include "inifile.h"
+#include "atomicwrite.h"
 
 #include "error.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringList>
 
 namespace quillet::IniFile {
@@ -126,15 +126,9 @@ void write(const QString &path, const QString &section, const QString &key, cons
     }
 
     QDir().mkpath(QFileInfo(path).absolutePath());
-    QSaveFile out(path);
-    if (!out.open(QIODevice::WriteOnly)) {
-        throw Error(kErrPathFileAccess, QStringLiteral("Lib09.WritePrivateProfile"),
-                    out.errorString() + QStringLiteral("\r\nFile:") + path);
-    }
-    out.write((lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")).toUtf8());
-    if (!out.commit())
-        throw Error(kErrPathFileAccess, QStringLiteral("Lib09.WritePrivateProfile"),
-                    out.errorString() + QStringLiteral("\r\nFile:") + path);
+    const QString failure = WriteFileAtomically(path, (lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")).toUtf8());
+    if (!failure.isEmpty())
+        throw Error(kErrPathFileAccess, QStringLiteral("Lib09.WritePrivateProfile"), failure + QStringLiteral("\r\nFile:") + path);
 }
 
 } // namespace quillet::IniFile

@@ -1,4 +1,5 @@
 #include "settingsform.h"
+#include "lib/atomicwrite.h"
 
 #include "settingsdatabase.h"
 
@@ -14,7 +15,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTime>
 
 namespace quillet {
@@ -315,13 +315,14 @@ QString RelativeFromAppDir(const QString &path, const QString &appDir)
 void SettingsForm::writeFlagFile(const QString &oldSrc, const QString &newSrc)
 {
     const QString app = AppPaths::applicationDir();
-    QSaveFile flag(AppPaths::dataFile(QStringLiteral("_Flag_SrcDirChg.log")));
-    if (!flag.open(QIODevice::WriteOnly))
-        return;
-    flag.write((RelativeFromAppDir(oldSrc, app) + QStringLiteral("\r\n") + RelativeFromAppDir(newSrc, app)
-                + QStringLiteral("\r\n"))
-                   .toUtf8());
-    flag.commit();
+    const QString path = AppPaths::dataFile(QStringLiteral("_Flag_SrcDirChg.log"));
+    const QString failure = WriteFileAtomically(
+        path, (RelativeFromAppDir(oldSrc, app) + QStringLiteral("\r\n") + RelativeFromAppDir(newSrc, app)
+               + QStringLiteral("\r\n"))
+                  .toUtf8());
+    if (!failure.isEmpty())
+        throw Error(kLibErrorNumber, QStringLiteral("SettingsForm.writeFlagFile"),
+                    QStringLiteral("Could not write ") + path + QStringLiteral(": ") + failure);
 }
 
 } // namespace quillet

@@ -236,7 +236,10 @@ bool AllocationSave::copyToFamily(Run &run, const QString &source, const QString
         return true; // the other PC makes this copy when it replays the journal
     const bool plain = excluded || !run.targetResize;
     try {
-        lib_MakePath(targetDir);
+        if (!lib_MakePath(targetDir))
+            throw Error(kLibErrorNumber, QStringLiteral("Lib09.lib_MakePath"),
+                        QStringLiteral("Could not create the folder ") + targetDir + QStringLiteral("\r\n")
+                            + appState().lastSystemError);
         if (plain) {
             lib_CopyFile(source, target, true);
         } else if (!m_resizedCopy(source, target, run.resizeMD, run.resizeQ)) {

@@ -1,5 +1,6 @@
 // The undo store: its item table, its levels and its file.
 #include "clsundos.h"
+#include "lib/atomicwrite.h"
 
 #include "workspace.h"
 
@@ -11,7 +12,6 @@
 #include "lib/userprompt.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QTextStream>
 
 namespace quillet {
@@ -170,11 +170,10 @@ void clsUndos::SaveToFile() const
             + QString::number(it.familyId) + QStringLiteral("\r\n");
     }
     // Whole-file rewrite through a temporary and a rename: a crash leaves the old file or the new.
-    QSaveFile file(FilePath());
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit())
+    const QString failure = WriteFileAtomically(FilePath(), text.toUtf8());
+    if (!failure.isEmpty())
         throw Error(kLibErrorNumber, QStringLiteral("clsUndo.SaveToFile"),
-                    QStringLiteral("Could not write the undo file ") + FilePath() + QStringLiteral(": ")
-                        + file.errorString());
+                    QStringLiteral("Could not write the undo file ") + FilePath() + QStringLiteral(": ") + failure);
 }
 
 void clsUndos::LoadFromFile()

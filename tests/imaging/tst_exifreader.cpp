@@ -70,6 +70,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("file");
         QTest::addColumn<bool>("exif");
         QTest::addColumn<QString>("date");
+        QUILLET_REQUIRE_CORPUS();
         QFile manifest(TestEnv::corpusDir() + QStringLiteral("/MANIFEST.csv"));
         QVERIFY(manifest.open(QIODevice::ReadOnly | QIODevice::Text));
         manifest.readLine();
@@ -109,6 +110,7 @@ private Q_SLOTS:
     // Damaged copies of real files: truncated anywhere, bytes flipped in the EXIF block.
     void damagedFilesNeverCrash()
     {
+        QUILLET_REQUIRE_CORPUS();
         const QStringList names{QStringLiteral("Canon_40D.jpg"), QStringLiteral("mobile_jolla.jpg"),
                                 QStringLiteral("corrupted.jpg"), QStringLiteral("Fujifilm_FinePix6900ZOOM.jpg")};
         QRandomGenerator rng(42);

@@ -222,6 +222,7 @@ private Q_SLOTS:
     // Every camera file gives a thumbnail that fits, or a clean error.
     void corpus()
     {
+        QUILLET_REQUIRE_CORPUS();
         const QDir dir(TestEnv::corpusDir());
         int made = 0;
         for (const QString &name : dir.entryList({QStringLiteral("*.jp*g")}, QDir::Files)) {

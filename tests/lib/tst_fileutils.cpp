@@ -9,7 +9,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <memory>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -111,6 +114,51 @@ private Q_SLOTS:
         QCOMPARE(trashed(), QStringList{QStringLiteral("p.jpg")}); // the old target is recoverable
         QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList{"p.jpg"});
         QVERIFY(appState().pendingTempCopy.isEmpty());
+    }
+
+    void copiesEveryByte_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("withProgress");
+        QTest::addColumn<bool>("otherFileSystem");
+        for (int size : {0, 1, 65537, 3 * (1 << 20) + 17}) {
+            for (bool progress : {false, true}) {
+                for (bool other : {false, true})
+                    QTest::addRow("%d bytes%s%s", size, progress ? ", progress" : "", other ? ", to /dev/shm" : "")
+                        << size << progress << other;
+            }
+        }
+    }
+    // Whichever way the bytes travel (in the kernel on one file system, by hand between two, or
+    // with a progress report), the copy is the file, whole.
+    void copiesEveryByte()
+    {
+        QFETCH(int, size);
+        QFETCH(bool, withProgress);
+        QFETCH(bool, otherFileSystem);
+        QByteArray bytes(size, Qt::Uninitialized);
+        for (int i = 0; i < size; ++i)
+            bytes[i] = char((i * 131) ^ (i >> 9));
+        const QString src = m_env->writeFile(QStringLiteral("src/big.jpg"), bytes);
+        std::unique_ptr<QTemporaryDir> shm;
+        QString target = m_env->path(QStringLiteral("tgt/big.jpg"));
+        if (otherFileSystem) {
+            if (!QFileInfo(QStringLiteral("/dev/shm")).isWritable())
+                QSKIP("no /dev/shm to copy onto another file system");
+            shm = std::make_unique<QTemporaryDir>(QStringLiteral("/dev/shm/quillet-test-XXXXXX"));
+            target = shm->path() + QStringLiteral("/big.jpg");
+        } else {
+            QDir().mkpath(m_env->path(QStringLiteral("tgt")));
+        }
+        qint64 reported = -1;
+        const CopyProgress progress = [&reported](qint64 done, qint64) {
+            reported = done;
+            return true;
+        };
+        QVERIFY(lib_CopyFile(src, target, false, withProgress ? progress : CopyProgress()));
+        QCOMPARE(contents(target), bytes);
+        if (withProgress && size > 0)
+            QCOMPARE(reported, qint64(size));
     }
 
     void copyIntoFolderAndByPattern()

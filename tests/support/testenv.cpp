@@ -74,7 +74,18 @@ QString TestEnv::writeFile(const QString &relative, const QByteArray &bytes) con
 
 QString TestEnv::corpusDir()
 {
-    return QStringLiteral(QUILLET_CORPUS_DIR);
+    // QUILLET_CORPUS_DIR in the environment wins, so a clone kept elsewhere can still point at the
+    // camera files; else the shared folder beside the checkout, as the build found it.
+    const QString fromEnvironment = qEnvironmentVariable("QUILLET_CORPUS_DIR");
+    const QString dir = fromEnvironment.isEmpty() ? QStringLiteral(QUILLET_CORPUS_DIR) : fromEnvironment;
+    return QFileInfo::exists(dir + QStringLiteral("/MANIFEST.csv")) ? dir : QString();
+}
+
+QString TestEnv::corpusMissingMessage()
+{
+    return QStringLiteral("camera corpus not found: set QUILLET_CORPUS_DIR to the folder holding MANIFEST.csv "
+                          "(looked in %1)")
+        .arg(QStringLiteral(QUILLET_CORPUS_DIR));
 }
 
 } // namespace quillet::test

@@ -4,6 +4,13 @@
 #include <QString>
 #include <QTemporaryDir>
 
+// Skips the calling test function, naming what is missing, when the camera corpus is absent.
+#define QUILLET_REQUIRE_CORPUS()                                                                           \
+    do {                                                                                                   \
+        if (quillet::test::TestEnv::corpusDir().isEmpty())                                                 \
+            QSKIP(qPrintable(quillet::test::TestEnv::corpusMissingMessage()));                             \
+    } while (false)
+
 namespace quillet::test {
 
 // A fresh home for one test: a temporary folder with HOME, XDG_DATA_HOME, XDG_CACHE_HOME and
@@ -31,8 +38,11 @@ public:
     // Writes a file (and its folders) with the given bytes; returns its path.
     QString writeFile(const QString &relative, const QByteArray &bytes) const;
 
-    // The folder of the shared camera corpus (../shared/testdata/exif-corpus).
+    // The folder of the shared camera corpus: $QUILLET_CORPUS_DIR, else ../shared/testdata/exif-corpus
+    // beside the checkout. Empty when neither holds MANIFEST.csv; tests then skip with
+    // QUILLET_REQUIRE_CORPUS().
     static QString corpusDir();
+    static QString corpusMissingMessage();
 
 private:
     QTemporaryDir m_dir;
