@@ -124,7 +124,8 @@ Q_SIGNALS:
 private:
     bool scanSourceDir(bool debug, QStringList &debugLines);
     void fillList(bool removeAllocated);
-    void showFillProgress(bool useExif);
+    // Opens the progress report when the list shows thumbnails or EXIF dates; true when it did.
+    bool showFillProgress(bool useExif, int count);
     void loadUndoLevels();
     void loadCollections();
     QList<FamilyListModel::Entry> familyEntries(const colFamilies &families, bool currentOnly, bool showParent,

@@ -169,39 +169,72 @@ Workspace::LoadResult Workspace::LoadSource(bool removeAllocated, bool debug)
     return cancelled ? LoadResult::Cancelled : LoadResult::Done;
 }
 
-void Workspace::showFillProgress(bool useExif)
+bool Workspace::showFillProgress(bool useExif, int count)
 {
     const bool thumbnails = m_options.thumbnails;
     if (!thumbnails && !useExif)
-        return;
+        return false;
     // The thumbnails themselves are made while their rows are in view, after the list is
     // complete; the caption names what the list shows, as it always has.
     prompt().progressShow(thumbnails && useExif ? QStringLiteral("Loading thumbnails and EXIF dates...")
                           : thumbnails          ? QStringLiteral("Loading thumbnails...")
                                                 : QStringLiteral("Loading EXIF dates..."));
+    prompt().progressInit(count);
+    return true;
 }
 
-void Workspace::fillList(bool removeAllocated)
+namespace {
+
+// The rows a load lists, in table order, with what the workers need to date them.
+struct ListedRows
 {
     QList<int> rows;
     QStringList paths;
-    QList<bool> needDate;
+    QList<bool> needDate; // allocated photos take no part in the grouping
+};
+
+ListedRows rowsToList(const SrcFiles &table, bool removeAllocated)
+{
+    ListedRows out;
     EventPacer pacer;
-    for (int i = 1; i <= m_srcFiles.SrcFilesCount(); ++i) {
+    for (int i = 1; i <= table.SrcFilesCount(); ++i) {
         pacer.serve();
-        const SrcFiles::Row &row = m_srcFiles.row(i);
+        const SrcFiles::Row &row = table.row(i);
         if (removeAllocated && row.isAllocated())
             continue;
-        rows << i;
-        paths << row.PathFile;
-        needDate << !row.isAllocated(); // allocated photos take no part in the grouping
+        out.rows << i;
+        out.paths << row.PathFile;
+        out.needDate << !row.isAllocated();
     }
+    return out;
+}
+
+SourceListModel::Entry entryOf(int index, const SrcFiles::Row &row, SessionRules::Grouping &grouping,
+                               const QDateTime &date)
+{
+    SourceListModel::Entry entry;
+    entry.row = index;
+    entry.text = row.FileNoFamIDs;
+    if (row.isAllocated()) {
+        entry.tag = entry.colour = QStringLiteral("BLUE");
+    } else {
+        entry.tag = QStringLiteral("BLACK");
+        entry.colour = grouping.next(date);
+    }
+    return entry;
+}
+
+} // namespace
+
+void Workspace::fillList(bool removeAllocated)
+{
+    const ListedRows listed = rowsToList(m_srcFiles, removeAllocated);
     // The dates are read on worker threads a few chunks ahead of this loop, which takes them in
     // order: the grouping, the cancel and the progress stay those of a loop over the rows.
     const bool useExif = m_options.useExifDate;
     const PhotoServices services = m_services;
-    const int chunks = int((rows.size() + kRowsPerChunk - 1) / kRowsPerChunk);
-    OrderedPrefetch<QList<QDateTime>> dates(chunks, [=](int c) {
+    const int chunks = int((listed.rows.size() + kRowsPerChunk - 1) / kRowsPerChunk);
+    OrderedPrefetch<QList<QDateTime>> dates(chunks, [=, paths = listed.paths, needDate = listed.needDate](int c) {
         QList<QDateTime> out;
         const int end = std::min(int(paths.size()), (c + 1) * kRowsPerChunk);
         for (int k = c * kRowsPerChunk; k < end; ++k)
@@ -210,28 +243,17 @@ void Workspace::fillList(bool removeAllocated)
     });
 
     UserPrompt &port = prompt();
-    const bool showProgress = m_options.thumbnails || useExif;
-    showFillProgress(useExif);
-    if (showProgress)
-        port.progressInit(int(rows.size()));
+    const bool showProgress = showFillProgress(useExif, int(listed.rows.size()));
     SessionRules::Grouping grouping(m_options.morningEnd, m_options.afternoonEnd);
+    EventPacer pacer;
     for (int c = 0; c < chunks && !appState().cancel; ++c) {
         const QList<QDateTime> chunk = dates.take(c);
         QList<SourceListModel::Entry> batch;
         batch.reserve(chunk.size());
         for (int j = 0; j < chunk.size() && !appState().cancel; ++j) {
             const int k = c * kRowsPerChunk + j;
-            const SrcFiles::Row &row = m_srcFiles.row(rows.at(k));
-            SourceListModel::Entry entry;
-            entry.row = rows.at(k);
-            entry.text = row.FileNoFamIDs;
-            if (row.isAllocated()) {
-                entry.tag = entry.colour = QStringLiteral("BLUE");
-            } else {
-                entry.tag = QStringLiteral("BLACK");
-                entry.colour = grouping.next(chunk.at(j));
-            }
-            batch << entry;
+            const int index = listed.rows.at(k);
+            batch << entryOf(index, m_srcFiles.row(index), grouping, chunk.at(j));
             if (showProgress)
                 port.progressUpdate(k + 1, k + 1);
         }
