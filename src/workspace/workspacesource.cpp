@@ -31,6 +31,8 @@ namespace {
 constexpr int kRowsPerChunk = 256;
 // The longest the loops of a load keep the window waiting for its events.
 constexpr int kEventsEveryMs = 20;
+// How often the entries made so far are added to the list while it fills.
+constexpr int kAppendEveryMs = 250;
 
 // Lets the window's timers and painting run every so often during a long loop on this thread.
 class EventPacer
@@ -246,10 +248,13 @@ void Workspace::fillList(bool removeAllocated)
     const bool showProgress = showFillProgress(useExif, int(listed.rows.size()));
     SessionRules::Grouping grouping(m_options.morningEnd, m_options.afternoonEnd);
     EventPacer pacer;
+    // Entries reach the list a few times a second: a view lays out all its entries again after
+    // each insertion, which at 20,000 entries is work the window would wait for.
+    QList<SourceListModel::Entry> batch;
+    QElapsedTimer sinceAppend;
+    sinceAppend.start();
     for (int c = 0; c < chunks && !appState().cancel; ++c) {
         const QList<QDateTime> chunk = dates.take(c);
-        QList<SourceListModel::Entry> batch;
-        batch.reserve(chunk.size());
         for (int j = 0; j < chunk.size() && !appState().cancel; ++j) {
             const int k = c * kRowsPerChunk + j;
             const int index = listed.rows.at(k);
@@ -257,10 +262,15 @@ void Workspace::fillList(bool removeAllocated)
             if (showProgress)
                 port.progressUpdate(k + 1, k + 1);
         }
-        m_sourceList.append(batch);
+        if (sinceAppend.elapsed() >= kAppendEveryMs) {
+            m_sourceList.append(batch);
+            batch.clear();
+            sinceAppend.restart();
+        }
         // The progress window lets user input in as well (it is how it is closed).
         pacer.serve(QEventLoop::AllEvents);
     }
+    m_sourceList.append(batch); // also what was made before a cancel
     dates.cancel();
     if (showProgress)
         port.progressHide();
