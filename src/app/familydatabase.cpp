@@ -1,11 +1,13 @@
 #include "familydatabase.h"
 #include "lib/atomicwrite.h"
 
+#include "familyschema.h"
 #include "jetsql.h"
 #include "settingsstore.h"
 #include "sqlitecollation.h"
 
 #include "lib/apppaths.h"
+#include "lib/debuglog.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
 #include "lib/fileutils.h"
@@ -28,34 +30,6 @@ namespace quillet {
 namespace {
 
 QAtomicInt g_connections;
-
-// FamilyID is never given out twice, even after the family with the highest one is deleted:
-// allocation tags in file names keep naming a deleted family, and a newcomer must not inherit
-// its photos (or its privacy choices).
-const char *const kSchema[] = {
-    "CREATE TABLE tblFamilies ("
-    " FamilyID INTEGER PRIMARY KEY AUTOINCREMENT,"
-    " FirstName TEXT NOT NULL COLLATE QNOCASE,"
-    " LastName TEXT COLLATE QNOCASE,"
-    " Parent TEXT COLLATE QNOCASE,"
-    " Current INTEGER NOT NULL DEFAULT -1,"
-    " NoUploadToWeb INTEGER NOT NULL DEFAULT 0,"
-    " NoCopyToCd INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysMam INTEGER NOT NULL DEFAULT 0, FamDaysTam INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysWam INTEGER NOT NULL DEFAULT 0, FamDaysTHam INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysFam INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysMpm INTEGER NOT NULL DEFAULT 0, FamDaysTpm INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysWpm INTEGER NOT NULL DEFAULT 0, FamDaysTHpm INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysFpm INTEGER NOT NULL DEFAULT 0,"
-    " FamDaysOverride INTEGER NOT NULL DEFAULT 0,"
-    " StartDate TEXT, EndDate TEXT)",
-    "CREATE INDEX ixFamiliesName ON tblFamilies (FirstName, LastName)",
-    "CREATE TABLE _tblParams ("
-    " DBversion INTEGER, PrivacyText TEXT COLLATE QNOCASE, MorningSessEnd TEXT, AfternoonSessEnd TEXT,"
-    " WebAllowPriv INTEGER, WebCopyPriv INTEGER, CdAllowPriv INTEGER, CdCopyPriv INTEGER,"
-    " LastDBUpdate TEXT, LastExport TEXT, LastExportFromPC TEXT)",
-    "INSERT INTO _tblParams (DBversion, WebAllowPriv, WebCopyPriv, CdAllowPriv, CdCopyPriv) VALUES (1, 0, 0, 0, 0)",
-};
 
 QString sqlError(const QSqlError &e)
 {
@@ -122,8 +96,8 @@ bool FamilyDatabase::Provision(const QString &path)
         db.setDatabaseName(temp);
         ok = db.open() && RegisterTextCollation(db);
         QSqlQuery q(db);
-        for (const char *statement : kSchema)
-            ok = ok && q.exec(QLatin1String(statement));
+        for (const QString &statement : FamilySchema::CreateStatements())
+            ok = ok && q.exec(statement);
         db.close();
     }
     QSqlDatabase::removeDatabase(name);
@@ -209,8 +183,27 @@ bool FamilyDatabase::OpenDatabase()
         return false;
     }
     if (tryOpen(path))
-        return true;
+        return migrateOnce(path);
     if (repair(path) && tryOpen(path))
+        return migrateOnce(path);
+    CloseDatabase();
+    lib_MsgError(QStringLiteral("Fatal Error: could not establish database integrity, repair failed\r\nError: ")
+                 + m_lastError + QStringLiteral("\r\nDB: ") + path);
+    return false;
+}
+
+bool FamilyDatabase::migrateOnce(const QString &path)
+{
+    QSqlDatabase db = connection();
+    if (!FamilySchema::NeedsMigration(db))
+        return true;
+    CloseDatabase();
+    QString error;
+    if (FamilySchema::Migrate(path, &error))
+        DebugLog(QStringLiteral("Family database rebuilt without the program-only collation: ") + path);
+    else // the old layout still works for the program; the next start tries again
+        DebugLog(QStringLiteral("Family database not rebuilt: ") + error);
+    if (tryOpen(path))
         return true;
     CloseDatabase();
     lib_MsgError(QStringLiteral("Fatal Error: could not establish database integrity, repair failed\r\nError: ")
@@ -230,13 +223,11 @@ void FamilyDatabase::CloseDatabase()
     }
 }
 
-QList<QSqlRecord> FamilyDatabase::select(const QString &jetSql) const
+QList<QSqlRecord> FamilyDatabase::select(const QString &jetSql, const QVariantList &values) const
 {
     QSqlQuery q(connection());
     q.setForwardOnly(true);
-    if (!q.exec(translateJetSql(jetSql)))
-        throw Error(kObjectErrorBase + 1, QStringLiteral("FamilyDatabase"),
-                    sqlError(q.lastError()) + QStringLiteral("\r\nSQL: ") + jetSql);
+    run(q, jetSql, values);
     QList<QSqlRecord> rows;
     while (q.next())
         rows << q.record();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/settingsdatabase.h"
+#include "settingsdatabase.h"
 
 #include <QSqlDatabase>
 #include <QSqlRecord>
@@ -13,7 +13,8 @@ namespace quillet {
 // The family database: one SQLite file in the data folder with the families (tblFamilies) and
 // one row of parameters shared by every PC that uses the database (_tblParams). Statements are
 // written in the program's own dialect and pass through translateJetSql. Text compares and sorts
-// without regard to case or accents, for every letter.
+// without regard to case, for every letter; the file itself is a plain SQLite database that any
+// SQLite tool reads and writes (see FamilySchema).
 class FamilyDatabase : public SettingsDatabase
 {
 public:
@@ -40,7 +41,7 @@ public:
 
     // Runs a statement; throws Error with the database's message when it fails. Values bind to
     // "?" in order: booleans are stored as -1/0, dates and times as storedDateText.
-    QList<QSqlRecord> select(const QString &jetSql) const;
+    QList<QSqlRecord> select(const QString &jetSql, const QVariantList &values = {}) const;
     void exec(const QString &jetSql, const QVariantList &values = {}) const;
     // Runs an INSERT and returns the key the database gave the new row (a new FamilyID).
     qint64 insert(const QString &jetSql, const QVariantList &values = {}) const;
@@ -67,6 +68,8 @@ private:
     void checkParamName(const QString &name) const;
     bool tryOpen(const QString &path);
     bool repair(const QString &path);
+    // Rebuilds a database of the first layout once (see FamilySchema) and opens it again.
+    bool migrateOnce(const QString &path);
     void loadParams();
 
     QString m_connectionName;

@@ -273,6 +273,75 @@ QString collateOrderBy(const QList<Token> &tokens)
     return out;
 }
 
+int previousSolid(const QList<Token> &tokens, int i)
+{
+    --i;
+    while (i >= 0 && tokens[i].kind == Token::Space)
+        --i;
+    return i;
+}
+
+bool isOther(const QList<Token> &tokens, int i, char c)
+{
+    return i >= 0 && i < tokens.size() && tokens[i].kind == Token::Other && tokens[i].text == QLatin1Char(c);
+}
+
+// Marks the tokens of an UPDATE's SET list: there "=" assigns rather than compares.
+QList<bool> assignments(const QList<Token> &tokens)
+{
+    QList<bool> out(tokens.size(), false);
+    bool inSet = false;
+    for (int i = 0; i < tokens.size(); ++i) {
+        if (isWord(tokens[i], "SET"))
+            inSet = true;
+        else if (isWord(tokens[i], "WHERE"))
+            inSet = false;
+        out[i] = inSet;
+    }
+    return out;
+}
+
+// True and False as values are -1 and 0. A test against True is a test against "not 0", so that a
+// yes/no field that another tool wrote as 1 counts as yes, as the original engine's -1 does.
+void translateBooleans(QList<Token> &tokens)
+{
+    const QList<bool> assigned = assignments(tokens);
+    for (int i = 0; i < tokens.size(); ++i) {
+        const bool isTrue = isWord(tokens[i], "True");
+        if (!isTrue && !isWord(tokens[i], "False"))
+            continue;
+        tokens[i].text = isTrue ? QStringLiteral("-1") : QStringLiteral("0");
+        if (!isTrue || assigned[i])
+            continue;
+        const int op = previousSolid(tokens, i);
+        if (isOther(tokens, op, '=') && !isOther(tokens, op - 1, '<') && !isOther(tokens, op - 1, '>')
+            && !isOther(tokens, op - 1, '!')) {
+            tokens[op].text = QStringLiteral("<>");
+            tokens[i].text = QStringLiteral("0");
+        } else if (isOther(tokens, op, '>') && isOther(tokens, op - 1, '<')) {
+            tokens[op - 1].text.clear();
+            tokens[op].text = QStringLiteral("=");
+            tokens[i].text = QStringLiteral("0");
+        }
+    }
+}
+
+// A comparison with a text or a bound value compares without regard to case, for every letter,
+// as the original engine does. The columns carry no collation of their own (the file stays
+// readable and writable by any SQLite tool), so the statement names it.
+void collateComparisons(QList<Token> &tokens)
+{
+    const QList<bool> assigned = assignments(tokens);
+    for (int i = 0; i < tokens.size(); ++i) {
+        const bool value = !assigned[i] && (tokens[i].kind == Token::Text || isOther(tokens, i, '?'));
+        if (!value)
+            continue;
+        const int op = previousSolid(tokens, i);
+        if (isOther(tokens, op, '=') || isOther(tokens, op, '<') || isOther(tokens, op, '>'))
+            tokens[i].text += QStringLiteral(" COLLATE QNOCASE");
+    }
+}
+
 } // namespace
 
 QString storedDateText(const QVariant &value)
@@ -295,13 +364,11 @@ QString translateJetSql(const QString &jetSql)
     for (Token &t : tokens) {
         if (t.kind == Token::Date)
             t = {Token::Text, dateLiteral(t.text)};
-        else if (isWord(t, "True"))
-            t.text = QStringLiteral("-1");
-        else if (isWord(t, "False"))
-            t.text = QStringLiteral("0");
     }
+    translateBooleans(tokens);
     translateLikePatterns(tokens);
     foldConcatenation(tokens);
+    collateComparisons(tokens);
     return collateOrderBy(tokens);
 }
 

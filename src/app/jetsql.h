@@ -11,7 +11,10 @@ namespace quillet {
 //     treats Null as "" and its result compares without regard to case like any text (in SQLite
 //     "&" would be a silent bitwise AND);
 //   - #mm/dd/yyyy hh:nn:ss# date literals become the stored text of that moment (storedDateText);
-//   - True and False become -1 and 0;
+//   - True and False become -1 and 0, but "= True" becomes "<> 0" and "<> True" "= 0", so that a
+//     yes/no field written as 1 by another tool counts as yes;
+//   - a comparison (=, <>, <, >, <=, >=) with a text or a "?" value compares without regard to
+//     case, for every letter (COLLATE QNOCASE on the value: the columns carry no collation);
 //   - "*" and "?" wildcards in a LIKE pattern become "%" and "_";
 //   - "double-quoted" texts become 'single-quoted' ones;
 //   - each ORDER BY term compares text without regard to case or accents (COLLATE QNOCASE).

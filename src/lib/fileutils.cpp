@@ -456,7 +456,10 @@ QString ExpandSpecialDir(const QString &path, bool toPlaceholder)
 
 QString lib_BrowseForFolder(const QString &startDir, const QString &promptText)
 {
-    return prompt().browseForFolder(startDir, promptText);
+    // A setting not yet made (a fresh installation) or a folder that is gone would start the
+    // chooser in the program's own folder: the user's photos are nearer in Pictures.
+    const bool usable = !startDir.isEmpty() && QFileInfo(startDir).isDir();
+    return prompt().browseForFolder(usable ? startDir : lib_SpecialFolder(kFolderPictures), promptText);
 }
 
 QString lib_OpenFileDialog(const QString &description, const QString &extension, const QString &startDir,

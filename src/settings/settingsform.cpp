@@ -1,7 +1,7 @@
 #include "settingsform.h"
 #include "lib/atomicwrite.h"
 
-#include "settingsdatabase.h"
+#include "app/settingsdatabase.h"
 
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
@@ -19,7 +19,6 @@
 
 namespace quillet {
 
-SettingsDatabase::~SettingsDatabase() = default;
 
 namespace {
 

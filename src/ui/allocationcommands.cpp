@@ -65,7 +65,7 @@ AllocationCommands::AllocationCommands(Workspace &workspace, MainWindowLayout &u
 
     connect(m_save, &AllocationSave::saveEnded, this, &AllocationCommands::afterSave);
     connect(m_save, &AllocationSave::displaySrcFile, this, &AllocationCommands::displayAndScroll);
-    connect(m_ui.lstFamilies, &QListView::clicked, m_save, &AllocationSave::FamilyListClicked);
+    connect(&m_controller, &WorkspaceController::familiesChosen, m_save, &AllocationSave::FamilyListClicked);
     // One double click ticks a family and saves.
     connect(m_ui.lstFamilies, &QListView::doubleClicked, this, [this](const QModelIndex &index) {
         if (m_ui.cmdSave->isEnabled() && index.isValid() && m_ws.familyList().at(index.row()).selected)

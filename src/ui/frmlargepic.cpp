@@ -8,6 +8,7 @@
 #include "lib/apppaths.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -27,6 +28,16 @@ bool onSomeScreen(const QRect &rect)
     return false;
 }
 } // namespace
+
+QRect frmLargePic::FitInside(const QRect &rect, const QRect &available, const QMargins &frame)
+{
+    // The frame (title bar, borders) must fit as well: the inner rectangle gets what is left.
+    const QRect inner = available.marginsRemoved(frame);
+    QRect fitted(rect.topLeft(), rect.size().boundedTo(inner.size()));
+    fitted.moveLeft(std::clamp(fitted.left(), inner.left(), inner.right() - fitted.width() + 1));
+    fitted.moveTop(std::clamp(fitted.top(), inner.top(), inner.bottom() - fitted.height() + 1));
+    return fitted;
+}
 
 frmLargePic::frmLargePic(QWidget *parent)
     : QWidget(parent, Qt::Window)
@@ -80,12 +91,17 @@ void frmLargePic::applyRectangle(const QString &key)
         WriteSetting(kAlternate, QString());
         rect = QRect();
     }
-    if (!rect.isValid() && key == kAlternate) {
-        if (const QScreen *s = screen())
-            rect = s->availableGeometry();
+    const QScreen *s = rect.isValid() ? QGuiApplication::screenAt(rect.center()) : nullptr;
+    if (!s)
+        s = parentWidget() ? parentWidget()->screen() : screen();
+    if (!s) {
+        SetPicSize();
+        return;
     }
-    if (rect.isValid())
-        setGeometry(rect);
+    if (!rect.isValid()) // the alternate size fills the screen, the first normal one is centred
+        rect = key == kAlternate ? s->availableGeometry()
+                                 : QRect(QPoint(), size()).translated(s->availableGeometry().center() - QRect(QPoint(), size()).center());
+    setGeometry(FitInside(rect, s->availableGeometry(), frameMargins()));
     SetPicSize();
 }
 
@@ -107,6 +123,23 @@ void frmLargePic::closeForShutdown()
 {
     m_shuttingDown = true;
     close();
+}
+
+QMargins frmLargePic::frameMargins() const
+{
+    // Known once the window manager has framed the window; a usual title bar and border before.
+    const QMargins known(geometry().left() - frameGeometry().left(), geometry().top() - frameGeometry().top(),
+                         frameGeometry().right() - geometry().right(), frameGeometry().bottom() - geometry().bottom());
+    return isVisible() && !known.isNull() ? known : QMargins(4, 30, 4, 4);
+}
+
+void frmLargePic::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        close(); // as the window's close button: back to the normal size first when enlarged
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void frmLargePic::closeEvent(QCloseEvent *event)

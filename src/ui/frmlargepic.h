@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QMargins>
+#include <QRect>
 #include <QWidget>
 
 namespace quillet {
@@ -28,13 +30,19 @@ public:
 
     PictureBox *picture() const { return m_picture; }
 
+    // `rect` moved and, if need be, shrunk so that it and its window frame lie inside `available`.
+    static QRect FitInside(const QRect &rect, const QRect &available, const QMargins &frame);
+
 protected:
     void closeEvent(QCloseEvent *event) override;
+    // Escape closes the window, as its close button does.
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void toggleRectangle();
     void applyRectangle(const QString &key);
     void storeRectangle(const QString &key);
+    QMargins frameMargins() const;
 
     PictureBox *m_picture = nullptr;
     bool m_alternate = false;

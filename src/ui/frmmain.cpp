@@ -2,7 +2,9 @@
 
 #include "app/settingsstore.h"
 #include "allocationcommands.h"
+#include "frmfamilies.h"
 #include "frmsettings.h"
+#include "keyboardcommands.h"
 #include "picturebox.h"
 #include "thumbnailfeeder.h"
 #include "workspacecontroller.h"
@@ -43,6 +45,7 @@ frmMain::frmMain(QWidget *parent)
     // The photo list's thumbnails are made for what it shows, as it scrolls.
     new ThumbnailFeeder(m_ui.lvwSrcFiles, &m_ws->sourceList());
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
+    new KeyboardCommands(m_ui, m_menus, *m_controller, this);
     // The program cannot go on (the thumbnail placeholder is missing): during start-up StartUp
     // reports it, afterwards the event loop ends.
     connect(m_controller, &WorkspaceController::fatal, this, [this] {
@@ -120,6 +123,8 @@ bool frmMain::StartUp()
     QGuiApplication::restoreOverrideCursor();
     if (m_fatal)
         return false;
+    // The keys work from the start: the photo list has the focus, its first key shows a photo.
+    m_ui.lvwSrcFiles->setFocus(Qt::OtherFocusReason);
     appState().systemLoaded = true;
     return true;
 }
@@ -168,7 +173,7 @@ bool frmMain::InitData()
     m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
     if (IsPortableCopy() && ReadSetting(QStringLiteral("CreateBatchs")) == QLatin1String("1"))
         lib_MakePath(ReadSetting(QStringLiteral("PortCopyOrigCopyDir")));
-    setStatus(QString());
+    setStatus(m_controller->loadNote()); // a stopped load keeps saying that the list is incomplete
     return true;
 }
 
@@ -186,6 +191,24 @@ void frmMain::openSettings()
     connect(m_settings, &QObject::destroyed, this, [this] { m_settings = nullptr; });
     m_settings->LoadData();
     m_settings->show();
+}
+
+void frmMain::openFamilies()
+{
+    auto *editor = new frmFamilies(m_db, this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    editor->setWindowModality(Qt::ApplicationModal);
+    // Emptied and built again, no selection kept: a selected family may have gone or changed name.
+    const auto rebuild = [this] {
+        runStep(QStringLiteral("mnuFamilies_Click()"), [this] {
+            m_ws->ReloadFamilyCollections();
+            m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
+        });
+    };
+    connect(editor, &frmFamilies::familiesChanged, this, rebuild);
+    connect(editor, &QDialog::finished, this, rebuild);
+    editor->LoadList();
+    editor->show();
 }
 
 void frmMain::afterSettingsSaved()
@@ -235,6 +258,7 @@ void frmMain::wireCommands()
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
     });
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
+    connect(m_menus.mnuFamilies, &QAction::triggered, this, &frmMain::openFamilies);
     // Refresh: new photos in the Source Dir, changed settings and families are read again.
     connect(m_menus.mnuRefresh, &QAction::triggered, this, [this] {
         runStep(QStringLiteral("mnuRefresh_Click()"), [this] {
@@ -243,7 +267,7 @@ void frmMain::wireCommands()
         });
     });
     // Commands whose work is not part of this build stay unavailable rather than pretending.
-    for (QAction *a : {m_menus.mnuFamilies, m_menus.mnuCheckUpdates})
+    for (QAction *a : {m_menus.mnuCheckUpdates})
         a->setEnabled(false);
     // Save follows the selections, Undo and review the undo levels.
     m_ui.cmdSave->setEnabled(false);

@@ -32,6 +32,8 @@ public:
     bool ValidateSettings();
     // Settings > Options: the settings dialog, and what follows a change.
     void openSettings();
+    // Settings > Families: the family editor; the family list follows every change it makes.
+    void openFamilies();
     // The initial availability of the commands.
     void InitButtons();
 

@@ -1,6 +1,6 @@
 #include "frmsettings.h"
 
-#include "settings/settingsdatabase.h"
+#include "app/settingsdatabase.h"
 
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"

@@ -26,7 +26,9 @@ void MainMenus::build(QMainWindow *window)
     file->setObjectName(QStringLiteral("mnuFile"));
     mnuExit = entry(file, "mnuExit", QStringLiteral("E&xit"));
 
-    QMenu *action = bar->addMenu(QStringLiteral("A&ction"));
+    // "A&ction" would share Alt+C with the "&Clear All" button, used on every photo; the menu opens
+    // with Alt+N (or F10) instead, and each of its entries has a key of its own.
+    QMenu *action = bar->addMenu(QStringLiteral("Actio&n"));
     action->setObjectName(QStringLiteral("mnuAction"));
     mnuSave = entry(action, "mnuSave", QStringLiteral("&Save"));
     mnuRepeatnSave = entry(action, "mnuRepeatnSave", QStringLiteral("Re&peat && Save"));

@@ -1,4 +1,5 @@
 #include "mainwindowlayout.h"
+#include "widgetnames.h"
 
 #include "picturebox.h"
 
@@ -15,13 +16,6 @@
 namespace quillet {
 
 namespace {
-
-template<typename W>
-W *named(W *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 QPushButton *button(QWidget *parent, const char *name, const QString &caption, const QString &tip)
 {
@@ -135,7 +129,10 @@ QWidget *MainWindowLayout::buildPicturePane(QWidget *parent)
         rotate->setMaximumWidth(rotate->fontMetrics().height() * 3);
     }
     cmdDelete = button(pane, "cmdDelete", QStringLiteral("&Delete"), QStringLiteral("Delete selected pictures"));
-    cmdMoveToTemp = button(pane, "cmdMoveToTemp", QStringLiteral("Put &Aside"),
+    // "Put &Aside" would share Alt+A with "Select &All", and a shared mnemonic only moves the focus
+    // between the two: Select All (used for every group photo) keeps Alt+A, Put aside takes Alt+I
+    // (and Ctrl+M).
+    cmdMoveToTemp = button(pane, "cmdMoveToTemp", QStringLiteral("Put As&ide"),
                            QStringLiteral("Move selected pictures to a temporary directory (they are put aside rather "
                                           "than deleted)"));
     auto *operations = new QHBoxLayout;

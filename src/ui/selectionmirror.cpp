@@ -29,12 +29,19 @@ void SelectionMirror::pullFromModel()
     m_busy = true;
     QAbstractItemModel *model = m_view->model();
     QItemSelection selection;
+    QModelIndex first;
     for (int r = 0; r < model->rowCount(); ++r) {
         const QModelIndex i = model->index(r, 0);
-        if (i.data(m_role).toBool())
+        if (i.data(m_role).toBool()) {
             selection.select(i, i);
+            if (!first.isValid())
+                first = i;
+        }
     }
-    m_view->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    QItemSelectionModel *sel = m_view->selectionModel();
+    sel->select(selection, QItemSelectionModel::ClearAndSelect);
+    if (first.isValid() && !sel->isSelected(sel->currentIndex()))
+        sel->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
     m_busy = false;
 }
 
@@ -45,13 +52,19 @@ void SelectionMirror::pushToModel()
     m_busy = true;
     QAbstractItemModel *model = m_view->model();
     const QItemSelectionModel *sel = m_view->selectionModel();
+    bool changed = false;
     for (int r = 0; r < model->rowCount(); ++r) {
         const QModelIndex i = model->index(r, 0);
         const bool selected = sel->isSelected(i);
-        if (i.data(m_role).toBool() != selected)
+        if (i.data(m_role).toBool() != selected) {
             m_set(r, selected);
+            changed = true;
+        }
     }
     m_busy = false;
+    // Entries leaving the list shift the view's selection without changing what is selected.
+    if (changed)
+        Q_EMIT userChanged();
 }
 
 } // namespace quillet

@@ -18,8 +18,13 @@ public:
 
     SelectionMirror(QAbstractItemView *view, int selectedRole, Setter setModelSelection);
 
-    // Copies the model's selection into the view.
+    // Copies the model's selection into the view. The view's current entry moves to the first
+    // selected one when it is not selected itself, so the keys go on from the photo on view.
     void pullFromModel();
+
+Q_SIGNALS:
+    // The user changed the view's selection (mouse or keys); the model has it already.
+    void userChanged();
 
 private:
     void pushToModel();

@@ -5,6 +5,7 @@
 #include "mainwindowlayout.h"
 #include "picturebox.h"
 #include "selectionmirror.h"
+#include "thumbnaildelegate.h"
 
 #include "app/settingsstore.h"
 #include "lib/appstate.h"
@@ -17,6 +18,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 
 namespace quillet {
 
@@ -28,13 +30,25 @@ WorkspaceController::WorkspaceController(Workspace &workspace, MainWindowLayout 
     , m_window(window)
 {
     m_ui.lvwSrcFiles->setModel(&m_ws.sourceList());
+    m_thumbnailDelegate = new ThumbnailDelegate(this);
+    m_textDelegate = new QStyledItemDelegate(this);
     m_ui.lstFamilies->setModel(&m_ws.familyList());
     m_sourceMirror = new SelectionMirror(m_ui.lvwSrcFiles, SourceListModel::SelectedRole,
                                          [this](int p, bool on) { m_ws.sourceList().setSelected(p, on); });
     m_familyMirror = new SelectionMirror(m_ui.lstFamilies, FamilyListModel::SelectedRole,
                                          [this](int p, bool on) { m_ws.familyList().setSelected(p, on); });
 
-    connect(m_ui.lvwSrcFiles, &QListView::clicked, this, &WorkspaceController::onSourceClicked);
+    // A click and the keys (arrows, Home/End, Page keys, Shift/Ctrl for several) select alike and
+    // show alike: the viewer follows every change of the selection the user makes.
+    connect(m_sourceMirror, &SelectionMirror::userChanged, this, &WorkspaceController::onSourceSelectionChanged);
+    connect(m_ui.lvwSrcFiles, &QListView::clicked, this, [this](const QModelIndex &index) {
+        // The press that selected this entry has shown it already.
+        if (QPersistentModelIndex(index) == m_shownBySelection) {
+            m_shownBySelection = QPersistentModelIndex();
+            return;
+        }
+        onSourceClicked(index);
+    });
     connect(m_ui.lvwSrcFiles, &QListView::doubleClicked, this, &WorkspaceController::openLargePicture);
     connect(m_ui.imgPic, &PictureBox::doubleClicked, this, [this] {
         if (m_ui.imgPic->hasPicture())
@@ -62,7 +76,8 @@ WorkspaceController::WorkspaceController(Workspace &workspace, MainWindowLayout 
         QStringLiteral("Automatically filter the families shown according to the days they are expected on session, "
                        "matching the date/time of the photo"));
 
-    connect(m_ui.lstFamilies, &QListView::clicked, this, &WorkspaceController::onFamilyClicked);
+    // Ticking a family with the mouse or with Space counts the same.
+    connect(m_familyMirror, &SelectionMirror::userChanged, this, &WorkspaceController::onFamilyClicked);
     connect(&m_ws.familyList(), &FamilyListModel::selectionChanged, this, &WorkspaceController::updateSaveState);
     connect(m_ui.cmdSelectAll, &QPushButton::clicked, this, [this] {
         m_ws.SelectAllFamilies();
@@ -80,8 +95,11 @@ void WorkspaceController::configureSourceView()
     QListView *view = m_ui.lvwSrcFiles;
     if (m_ws.options().thumbnails) {
         view->setViewMode(QListView::IconMode);
-        view->setIconSize(QSize(96, 96));
-        view->setGridSize(QSize(104, 104));
+        view->setIconSize(QSize(ThumbnailDelegate::kPicture, ThumbnailDelegate::kPicture));
+        // Cells touch, so that a group's band runs on from one photo to the next.
+        view->setSpacing(0);
+        view->setGridSize(ThumbnailDelegate::cellSize(view->fontMetrics()));
+        view->setItemDelegate(m_thumbnailDelegate);
         view->setResizeMode(QListView::Adjust);
         view->setMovement(QListView::Static);
         view->setWordWrap(false);
@@ -89,6 +107,7 @@ void WorkspaceController::configureSourceView()
         view->setViewMode(QListView::ListMode);
         view->setIconSize(QSize(12, 12));
         view->setGridSize(QSize());
+        view->setItemDelegate(m_textDelegate);
     }
     view->setSelectionMode(QAbstractItemView::ExtendedSelection);
 }
@@ -123,6 +142,11 @@ bool WorkspaceController::LoadSource()
         Q_EMIT fatal();
         return false;
     }
+    m_loadNote = result == Workspace::LoadResult::Cancelled
+        ? QStringLiteral("Loading was stopped: the list shows only the photos loaded so far. Choose Refresh (F5) to "
+                         "load them all.")
+        : QString();
+    m_ui.lblMsg->setText(m_loadNote);
     return true;
 }
 
@@ -171,6 +195,23 @@ void WorkspaceController::onFamilyOptionToggled(const char *key)
         : QLatin1String(key) == QLatin1String("ShowParent")           ? o.showParent
                                                                        : o.filterByDay;
     WriteSetting(QLatin1String(key), on);
+}
+
+void WorkspaceController::onSourceSelectionChanged()
+{
+    if (m_loading)
+        return;
+    QListView *view = m_ui.lvwSrcFiles;
+    QModelIndex index = view->currentIndex();
+    if (!view->selectionModel()->isSelected(index)) {
+        const QList<int> positions = m_ws.sourceList().selectedPositions();
+        index = positions.isEmpty() ? QModelIndex() : m_ws.sourceList().index(positions.first());
+    }
+    m_shownBySelection = index;
+    if (index.isValid())
+        onSourceClicked(index);
+    else
+        updatePhotoCommands();
 }
 
 void WorkspaceController::onSourceClicked(const QModelIndex &index)
@@ -228,12 +269,10 @@ void WorkspaceController::DisplaySrcFile(bool ignoreReviewingUndo)
             m_largePic->clearPicture();
     }
     updatePhotoCommands();
-    if (m_ws.options().filterByDay && !m_ws.reviewing()) {
-        try {
-            m_ws.LoadFamilies(std::nullopt, std::nullopt, true, true, std::nullopt);
-        } catch (const Error &e) {
-            lib_ErrorHandler(QStringLiteral("LoadFamilies"), e);
-        }
+    try {
+        m_ws.FollowPhotoWithFamilies();
+    } catch (const Error &e) {
+        lib_ErrorHandler(QStringLiteral("LoadFamilies"), e);
     }
 }
 
@@ -264,8 +303,10 @@ void WorkspaceController::updateSaveState()
 
 void WorkspaceController::onFamilyClicked()
 {
-    m_ws.sourceList().HighlightSourceSelections(true);
+    if (!m_ws.reviewing())
+        m_ws.sourceList().HighlightSourceSelections(true);
     updateSaveState();
+    Q_EMIT familiesChosen();
 }
 
 void WorkspaceController::showFamiliesBothDays()

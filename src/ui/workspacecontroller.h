@@ -4,6 +4,7 @@
 #include "workspace/workspace.h"
 
 #include <QObject>
+#include <QPersistentModelIndex>
 #include <QPointer>
 
 namespace quillet {
@@ -26,6 +27,8 @@ public:
     // Rebuilds the photo list (covered by "Loading..." while it runs). False when the program
     // must end (the thumbnail placeholder is missing).
     bool LoadSource();
+    // What the status line keeps saying after the last load: that it was stopped part-way, else "".
+    const QString &loadNote() const { return m_loadNote; }
     // Shows the selected photo, its name and date; sets the photo commands.
     void DisplaySrcFile(bool ignoreReviewingUndo = false);
     // Enables Save and its menu entry when the selections allow it.
@@ -41,10 +44,13 @@ public:
 Q_SIGNALS:
     // The placeholder picture is missing: the program cannot go on.
     void fatal();
+    // The user ticked or cleared a family (mouse or keys).
+    void familiesChosen();
 
 private:
     void configureSourceView();
     void onSourceClicked(const QModelIndex &index);
+    void onSourceSelectionChanged();
     void onSourceOptionToggled(const char *key, bool reloadKeepsSelection);
     void onFamilyOptionToggled(const char *key);
     void onFamilyClicked();
@@ -58,10 +64,14 @@ private:
     MainMenus &m_menus;
     QWidget *m_window;
     SelectionMirror *m_sourceMirror = nullptr;
+    class ThumbnailDelegate *m_thumbnailDelegate = nullptr;
+    class QStyledItemDelegate *m_textDelegate = nullptr;
     SelectionMirror *m_familyMirror = nullptr;
     QPointer<frmLargePic> m_largePic;
+    QPersistentModelIndex m_shownBySelection; // shown when the selection changed, before its click
     bool m_saveMade = false;
     bool m_loading = false;
+    QString m_loadNote;
 };
 
 } // namespace quillet

@@ -1,11 +1,13 @@
 #include "allocationsave.h"
 
 #include "allocationtag.h"
+#include "copytargets.h"
 #include "workspace.h"
 
 #include "app/settingsstore.h"
 #include "imaging/copyresizedimage.h"
 #include "lib/appstate.h"
+#include "lib/debuglog.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
 #include "lib/deferredsync.h"
@@ -58,6 +60,8 @@ struct AllocationSave::Run
     bool noUndo = false;
     bool stopped = false;
     std::optional<BatchfileWriter> journal;
+    // "photo to family" of every copy that failed and that the user chose to go on without.
+    QStringList undelivered;
 };
 
 AllocationSave::AllocationSave(Workspace &workspace, QObject *parent)
@@ -202,6 +206,10 @@ bool AllocationSave::savePhoto(Run &run, int row)
                 folder << lib_FilePart(run.srcDir);
             const QString targetDir = lib_JoinPath(run.tgtDir, folder.join(QLatin1Char('/')));
             target = lib_JoinPath(targetDir, photo.FileNoFamIDs);
+            const bool plain = family.familyId == run.resizeExclFam || !run.targetResize;
+            // Another photo of this name already in the folder keeps its copy; this one gets its own.
+            target = CopyTargets::ForPhoto(target, lib_JoinPath(lib_DirPart(photo.PathFile), photo.FileNoFamIDs),
+                                           photo.PathFile, plain, &undos);
             if (target.size() > kMaxTargetPath) {
                 lib_MsgError(QStringLiteral("The target path\\filename for one photo is too long. Please choose a "
                                             "different Target Dir (create a network 'share')."));
@@ -212,9 +220,10 @@ bool AllocationSave::savePhoto(Run &run, int row)
                 run.stopped = true;
                 return false;
             }
+            // The journal names the copy as made here, so the other PCs replay the same name.
             if (run.journal)
                 run.journal->entry(Batchfile::kCopySource,
-                                   {relSource, folder.join(QLatin1Char('\\')) + QLatin1Char('\\') + photo.FileNoFamIDs});
+                                   {relSource, folder.join(QLatin1Char('\\')) + QLatin1Char('\\') + lib_FilePart(target)});
         }
         if (!run.noUndo)
             undos.CreateUndoFill(run.itemsLeft, photo.FileNoFamIDs, row, newPath, target, family.familyId,
@@ -235,6 +244,7 @@ bool AllocationSave::copyToFamily(Run &run, const QString &source, const QString
     if (!excluded && run.batchOnly && run.createBatchs)
         return true; // the other PC makes this copy when it replays the journal
     const bool plain = excluded || !run.targetResize;
+    bool made = false;
     try {
         if (!lib_MakePath(targetDir))
             throw Error(kLibErrorNumber, QStringLiteral("Lib09.lib_MakePath"),
@@ -245,11 +255,18 @@ bool AllocationSave::copyToFamily(Run &run, const QString &source, const QString
         } else if (!m_resizedCopy(source, target, run.resizeMD, run.resizeQ)) {
             return false; // the user chose to cancel after a failed resize
         }
+        // A resized copy that failed and was passed over reports true all the same.
+        made = QFileInfo::exists(target);
     } catch (const Error &e) {
         const QString first = (plain ? QStringLiteral("Failed to copy ") : QStringLiteral("Failed to load/copy ")) + source
             + QLatin1Char('.');
         if (askCancel(first, e.description()))
             return false;
+    }
+    if (!made) {
+        // The Save goes on as if the copy had been made; its end names every copy that is missing.
+        run.undelivered << lib_FilePart(source) + QStringLiteral(" to ") + Batchfile::RelativePath(targetDir, run.tgtDir);
+        DebugLog(QStringLiteral("cmdSave_Click: \tcopy not made: ") + source + QStringLiteral(" to ") + target);
     }
     ++run.copiesDone;
     m_ws.ShowStatus(lib_FormatCount(run.copiesDone, QStringLiteral("file")) + QStringLiteral(" copied (of ")
@@ -300,7 +317,10 @@ void AllocationSave::finish(Run &run, int reviewedLevel)
     if (!run.noUndo && undos.UndoLevelMax() > 0 && undos.LevelIndexLower(undos.UndoLevelMax()) == 0)
         undos.DeleteUndoLevel(0);
     undos.SetUndoLevelsCntLbl();
+    keepUndoFile();
     Q_EMIT saveEnded();
+    if (!run.undelivered.isEmpty())
+        reportUndelivered(run.undelivered);
     if (reviewedLevel != 0 && reviewedLevel < undos.UndoLevelMax()) {
         undos.ReviewUndoLevel(reviewedLevel, false);
         undos.SetUndoLevelsCntLbl();
@@ -318,6 +338,26 @@ void AllocationSave::finish(Run &run, int reviewedLevel)
     } else {
         Q_EMIT displaySrcFile();
     }
+}
+
+void AllocationSave::keepUndoFile() const
+{
+    // Written after every Save, so a crash or a power cut cannot take the level with it.
+    try {
+        m_ws.undos().SaveToFile();
+    } catch (const Error &e) {
+        lib_ErrorHandler(QStringLiteral("cmdSave_Click()"), e);
+    }
+}
+
+void AllocationSave::reportUndelivered(const QStringList &pairs)
+{
+    const int n = int(pairs.size());
+    lib_MsgWarning(QStringLiteral("The Save is finished, but ") + QString::number(n)
+                   + (n == 1 ? QStringLiteral(" copy was") : QStringLiteral(" copies were"))
+                   + QStringLiteral(" not made:\r\n\r\n") + pairs.join(QStringLiteral("\r\n"))
+                   + QStringLiteral("\r\n\r\nThese photos are marked as allocated to those families all the same. "
+                                    "Review the Save, fix the cause (disk full, folder locked) and save them again."));
 }
 
 void AllocationSave::RepeatSelect()

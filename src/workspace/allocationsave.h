@@ -70,6 +70,8 @@ private:
     bool askCancel(const QString &firstLine, const QString &error) const;
     bool renameSource(Run &run, int row, const QString &newPath);
     void finish(Run &run, int reviewedLevel);
+    void keepUndoFile() const;
+    static void reportUndelivered(const QStringList &pairs);
 
     Workspace &m_ws;
     ResizedCopy m_resizedCopy;

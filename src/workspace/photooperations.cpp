@@ -1,6 +1,7 @@
 #include "photooperations.h"
 
 #include "clsundos.h"
+#include "copytargets.h"
 #include "workspace.h"
 
 #include "app/settingsstore.h"
@@ -104,7 +105,8 @@ int PhotoOperations::removeSelected(Removal how)
             lib_KillFile(path);
             journal(Batchfile::kDeleteSource, path);
         } else {
-            const QString target = PutAsideDir() + QFileInfo(path).fileName();
+            // An earlier photo of the same name set aside stays there beside this one.
+            const QString target = CopyTargets::DistinctName(PutAsideDir() + QFileInfo(path).fileName());
             if (lib_CopyFile(path, target, true))
                 lib_KillFile(path, true);
             journal(Batchfile::kMoveSource, path);
@@ -114,6 +116,9 @@ int PhotoOperations::removeSelected(Removal how)
     }
     if (reviewed != 0 && reviewed <= undos.UndoLevelMax())
         undos.ReviewUndoLevel(reviewed, false);
+    else
+        m_ws.ClearSelectedFamilies(); // the families were chosen for the photos that went
+    undos.SaveToFile();
     if (list.rowCount() == 0 || firstRemoved < 0)
         return -1;
     return std::min(firstRemoved, list.rowCount() - 1);

@@ -85,6 +85,8 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
         return e.ghosted;
     case ThumbnailReadyRole:
         return !e.ownThumbnail || (m_store && m_store->has(e.row));
+    case TakenRole:
+        return e.taken;
     default:
         return {};
     }

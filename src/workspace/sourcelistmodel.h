@@ -2,6 +2,7 @@
 
 #include <QAbstractListModel>
 #include <QHash>
+#include <QDateTime>
 #include <QImage>
 #include <QList>
 #include <functional>
@@ -34,6 +35,7 @@ public:
         // stands in for a thumbnail that is still being made or was released after scrolling far
         // away. A delegate may paint a "not yet" state from it; the decoration is always valid.
         ThumbnailReadyRole,
+        TakenRole,                  // QDateTime the photo was taken (unallocated photos), else invalid
     };
 
     struct Entry
@@ -47,6 +49,7 @@ public:
         bool ownThumbnail = true;
         bool selected = false;
         bool ghosted = false;
+        QDateTime taken; // the date that placed the photo in its day/session group
     };
 
     explicit SourceListModel(QObject *parent = nullptr);

@@ -256,6 +256,8 @@ void clsUndos::UndoLastLevel(bool quiet)
         journal->close();
     DeleteUndoLevel(level);
     if (!quiet) {
+        // A quiet undo is part of a Save or a photo operation, which write the file when they end.
+        SaveToFile();
         ReviewUndoLevelNext(false);
         if (!ReviewingUndo())
             Q_EMIT displaySrcFile();

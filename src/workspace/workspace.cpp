@@ -83,11 +83,30 @@ bool Workspace::SrcItemClicked(int position)
     const int row = m_sourceList.at(position).row;
     const SrcFiles::Row &photo = m_srcFiles.row(row);
     if (photo.isAllocated()) {
+        // Every family of the tag is selected, also one the day filter would hide.
+        if (m_options.filterByDay && !reviewing())
+            LoadFamilies(std::nullopt, std::nullopt, false, false, false);
         m_familyList.clearSelection();
         for (int id : ParseAllocationTag(QFileInfo(photo.PathFile).fileName()).familyIds())
             m_familyList.setSelected(m_familyList.positionOfId(id), true);
+        m_familiesFromTag = true;
+    } else if (m_familiesFromTag) {
+        // Those families were another photo's tag, not a choice for this one.
+        m_familyList.clearSelection();
+        m_familiesFromTag = false;
     }
     return true;
+}
+
+void Workspace::FollowPhotoWithFamilies()
+{
+    if (!m_options.filterByDay || reviewing())
+        return;
+    const QList<int> positions = m_sourceList.selectedPositions();
+    // An allocated photo keeps the unfiltered list that shows all of its families.
+    if (!positions.isEmpty() && m_sourceList.at(positions.first()).tag == QLatin1String("BLUE"))
+        return;
+    LoadFamilies(std::nullopt, std::nullopt, true, true, std::nullopt);
 }
 
 Workspace::PhotoView Workspace::ViewSelectedPhoto()

@@ -92,6 +92,9 @@ public:
     // One photo clicked: selects the families in its tag when it is allocated. False when several
     // photos are selected (the user is building a selection): nothing is shown then.
     bool SrcItemClicked(int position);
+    // After a photo is shown: with "Filter families by day" (and no review) the family list follows
+    // the photo's day and session, keeping the selection; an allocated photo keeps the full list.
+    void FollowPhotoWithFamilies();
     // The photo to show, and the beep rule; updates the day and session remembered.
     PhotoView ViewSelectedPhoto();
     // While a level is reviewed only its ("RED") photos can be shown: false after telling the user
@@ -147,6 +150,7 @@ private:
     bool m_indicators[2][5] = {};
     QDate m_lastDay;
     int m_lastSession = -1;
+    bool m_familiesFromTag = false; // the family selection was read from an allocated photo's tag
 };
 
 } // namespace quillet

@@ -222,6 +222,7 @@ SourceListModel::Entry entryOf(int index, const SrcFiles::Row &row, SessionRules
     } else {
         entry.tag = QStringLiteral("BLACK");
         entry.colour = grouping.next(date);
+        entry.taken = date;
     }
     return entry;
 }

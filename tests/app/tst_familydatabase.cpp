@@ -106,7 +106,7 @@ private Q_SLOTS:
         provision();
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
-        QCOMPARE(db.DBversion(), 1);
+        QCOMPARE(db.DBversion(), 2);
         QVERIFY(db.ReadParam(QStringLiteral("MorningSessEnd")).isNull());
         QCOMPARE(db.select(QStringLiteral("SELECT * FROM _tblParams")).size(), 1);
         QVERIFY(db.select(QStringLiteral("SELECT * FROM tblFamilies")).isEmpty());

@@ -15,7 +15,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("sqlite");
         QTest::newRow("plain select") << "SELECT * FROM tblFamilies" << "SELECT * FROM tblFamilies";
         QTest::newRow("booleans") << "SELECT * FROM tblFamilies WHERE [Current]=True And [NoCopyToCd]=false"
-                                  << "SELECT * FROM tblFamilies WHERE [Current]=-1 And [NoCopyToCd]=0";
+                                  << "SELECT * FROM tblFamilies WHERE [Current]<>0 And [NoCopyToCd]=0";
+        // A yes/no field written as 1 by another tool is yes: tests against True mean "not 0".
+        QTest::newRow("tests against True") << "WHERE (FamDaysMam=True Or [x] <> True) And [y]>=True And f(True)"
+                                            << "WHERE (FamDaysMam<>0 Or [x] = 0) And [y]>=-1 And f(-1)";
         QTest::newRow("concatenation chain treats Null as empty")
             << "SELECT [FirstName] & ' ' & [LastName] FROM t"
             << "SELECT ((IFNULL(((IFNULL([FirstName],'') || IFNULL(' ','')) COLLATE QNOCASE),'') || "
@@ -32,18 +35,25 @@ private Q_SLOTS:
             << "SELECT * FROM t ORDER BY [FirstName] COLLATE QNOCASE DESC, [LastName] COLLATE QNOCASE";
         QTest::newRow("qualified names are one operand")
             << "WHERE [tblFamilies].[FirstName] & t.LastName='x'"
-            << "WHERE ((IFNULL([tblFamilies].[FirstName],'') || IFNULL(t.LastName,'')) COLLATE QNOCASE)='x'";
+            << "WHERE ((IFNULL([tblFamilies].[FirstName],'') || IFNULL(t.LastName,'')) COLLATE QNOCASE)='x' COLLATE QNOCASE";
         QTest::newRow("date and time literal") << "SELECT * FROM t WHERE [StartDate]>=#03/05/2024 09:41:00#"
-                                               << "SELECT * FROM t WHERE [StartDate]>='2024-03-05 09:41:00'";
+                                               << "SELECT * FROM t WHERE [StartDate]>='2024-03-05 09:41:00' COLLATE QNOCASE";
         QTest::newRow("date literal is midnight") << "WHERE [EndDate]<#12/31/2099#"
-                                                  << "WHERE [EndDate]<'2099-12-31 00:00:00'";
-        QTest::newRow("time literal") << "WHERE [MorningSessEnd]=#12:30:00#" << "WHERE [MorningSessEnd]='12:30:00'";
+                                                  << "WHERE [EndDate]<'2099-12-31 00:00:00' COLLATE QNOCASE";
+        QTest::newRow("time literal") << "WHERE [MorningSessEnd]=#12:30:00#"
+                                      << "WHERE [MorningSessEnd]='12:30:00' COLLATE QNOCASE";
         QTest::newRow("wildcards in LIKE only") << "WHERE [FirstName] LIKE 'An*' AND [x]='a*b' AND [y] NOT LIKE '?b'"
-                                                << "WHERE [FirstName] LIKE 'An%' AND [x]='a*b' AND [y] NOT LIKE '_b'";
+                                                << "WHERE [FirstName] LIKE 'An%' AND [x]='a*b' COLLATE QNOCASE AND [y] NOT LIKE '_b'";
         QTest::newRow("ampersand, True and # inside text stay")
-            << "WHERE [FirstName]='Tom & True #1#'" << "WHERE [FirstName]='Tom & True #1#'";
+            << "WHERE [FirstName]='Tom & True #1#'" << "WHERE [FirstName]='Tom & True #1#' COLLATE QNOCASE";
         QTest::newRow("double-quoted text") << "WHERE [FirstName]=\"Jack & Jill\" And [LastName]=\"O'Brien \"\"B\"\"\""
-                                            << "WHERE [FirstName]='Jack & Jill' And [LastName]='O''Brien \"B\"'";
+                                            << "WHERE [FirstName]='Jack & Jill' COLLATE QNOCASE And [LastName]='O''Brien \"B\"' COLLATE QNOCASE";
+        QTest::newRow("SET assigns, WHERE compares")
+            << "UPDATE t SET [Current]=True, [x]=?, [y]='a' WHERE [z]=True And [n]=?"
+            << "UPDATE t SET [Current]=-1, [x]=?, [y]='a' WHERE [z]<>0 And [n]=? COLLATE QNOCASE";
+        QTest::newRow("bound values compare without case")
+            << "WHERE ([FirstName]=?) AND ([FamilyID]<>?) AND [x] LIKE ? AND f(?)"
+            << "WHERE ([FirstName]=? COLLATE QNOCASE) AND ([FamilyID]<>? COLLATE QNOCASE) AND [x] LIKE ? AND f(?)";
         QTest::newRow("quoted apostrophe") << "WHERE [LastName]='O''Brien' & 'x'"
                                            << "WHERE [LastName]=((IFNULL('O''Brien','') || IFNULL('x','')) COLLATE QNOCASE)";
         QTest::newRow("is null") << "WHERE [Parent] Is Null Or [Parent] Is Not Null"

@@ -306,6 +306,24 @@ private Q_SLOTS:
         QCOMPARE(ExpandSpecialDir(pics + QStringLiteral("2/x"), true), pics + QStringLiteral("2/x"));
     }
 
+    void folderChooserStartsWhereThePhotosAre_data()
+    {
+        QTest::addColumn<QString>("setting"); // relative to the test's folder, "" for none
+        QTest::addColumn<bool>("inPictures");
+        QTest::newRow("fresh installation") << "" << true;
+        QTest::newRow("folder that is gone") << "gone" << true;
+        QTest::newRow("folder that exists") << "photos" << false;
+    }
+    void folderChooserStartsWhereThePhotosAre()
+    {
+        QFETCH(QString, setting);
+        QFETCH(bool, inPictures);
+        QDir().mkpath(m_env->path(QStringLiteral("photos")));
+        const QString start = setting.isEmpty() ? QString() : m_env->path(setting);
+        lib_BrowseForFolder(start, QStringLiteral("Select folder"));
+        QCOMPARE(m_port->browseStarts, QStringList{inPictures ? lib_SpecialFolder(kFolderPictures) : start});
+    }
+
     void absolutePaths()
     {
         QCOMPARE(lib_AbsolutePath(QStringLiteral("..\\Photos"), QStringLiteral("/apps/q")), QStringLiteral("/apps/Photos"));

@@ -66,8 +66,9 @@ void ScriptedPrompt::progressHide()
     progressVisible = false;
 }
 
-QString ScriptedPrompt::browseForFolder(const QString &, const QString &)
+QString ScriptedPrompt::browseForFolder(const QString &startDir, const QString &)
 {
+    browseStarts << startDir;
     return m_choices.isEmpty() ? QString() : m_choices.dequeue();
 }
 

@@ -43,6 +43,7 @@ public:
     int cancelAtPosition = 0;
 
     QStringList opened;        // openWithDefaultProgram
+    QStringList browseStarts;  // the folder each folder chooser started in
     bool openResult = true;    // what openWithDefaultProgram answers
     QString clipboard;
     int beeps = 0;

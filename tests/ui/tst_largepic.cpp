@@ -84,7 +84,10 @@ private Q_SLOTS:
 
         QTest::mouseDClick(w.picture(), Qt::LeftButton);
         QVERIFY(w.isAlternate());
-        QCOMPARE(w.geometry(), QRect(0, 0, 800, 600));
+        // The alternate size fills the screen's available area, frame included.
+        const QRect available = w.screen()->availableGeometry();
+        QVERIFY(available.contains(w.frameGeometry()));
+        QVERIFY(w.frameGeometry().width() >= available.width() - 2);
         w.setGeometry(QRect(10, 10, 700, 500));
 
         w.close(); // in the alternate rectangle: back to normal, still open
@@ -107,6 +110,33 @@ private Q_SLOTS:
         w.closeForShutdown();
         QVERIFY(!w.isVisible());
         QCOMPARE(ReadSetting(QStringLiteral("FormOpenEP")), QStringLiteral("1"));
+    }
+
+    void storedRectangleIsBroughtInsideTheScreen_data()
+    {
+        QTest::addColumn<QString>("stored"); // bottom;left;right;top
+        QTest::newRow("hanging over the bottom right") << "900;500;1200;400";
+        QTest::newRow("larger than the screen") << "2000;-100;3000;-50";
+        QTest::newRow("above the top") << "200;100;500;-150";
+    }
+    void storedRectangleIsBroughtInsideTheScreen()
+    {
+        QFETCH(QString, stored);
+        WriteSetting(QStringLiteral("FormRectEP1"), stored);
+        frmLargePic w;
+        w.open();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QVERIFY2(w.screen()->availableGeometry().contains(w.frameGeometry()), qPrintable(stored));
+    }
+
+    void escapeClosesTheWindow()
+    {
+        frmLargePic w;
+        w.open();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QTest::keyClick(&w, Qt::Key_Escape);
+        QVERIFY(!w.isVisible());
+        QCOMPARE(ReadSetting(QStringLiteral("FormOpenEP")), QStringLiteral("0"));
     }
 
     void rectangleOffEveryScreenIsForgotten()

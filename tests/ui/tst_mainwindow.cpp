@@ -190,7 +190,7 @@ private Q_SLOTS:
         QTest::newRow("clear all") << "cmdClearAll" << "&Clear All";
         QTest::newRow("undo") << "cmdUndo" << "&Undo";
         QTest::newRow("delete") << "cmdDelete" << "&Delete";
-        QTest::newRow("put aside") << "cmdMoveToTemp" << "Put &Aside";
+        QTest::newRow("put aside") << "cmdMoveToTemp" << "Put As&ide"; // Alt+A stays Select All
         QTest::newRow("exit") << "cmdExit" << "E&xit";
     }
     void controlNamesAndCaptions()

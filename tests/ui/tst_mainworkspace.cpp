@@ -189,6 +189,20 @@ private Q_SLOTS:
         QVERIFY(!w.findChild<QWidget *>(QStringLiteral("txtSrcfilesBg"))->isVisible());
     }
 
+    void stoppedLoadSaysTheListIsIncomplete()
+    {
+        m_port->cancelAtPosition = 2; // the user closes the progress window after two photos
+        frmMain w;
+        w.show();
+        QVERIFY(w.StartUp());
+        QCOMPARE(w.workspace().sourceList().rowCount(), 2);
+        QVERIFY(w.findChild<QLabel *>(QStringLiteral("lblMsg"))->text().startsWith(QStringLiteral("Loading was stopped")));
+        m_port->cancelAtPosition = 0;
+        w.menus().mnuRefresh->trigger();
+        QCOMPARE(w.workspace().sourceList().rowCount(), 4);
+        QCOMPARE(w.findChild<QLabel *>(QStringLiteral("lblMsg"))->text(), QString());
+    }
+
     void refreshListsNewPhotos()
     {
         frmMain w;

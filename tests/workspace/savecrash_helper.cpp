@@ -1,6 +1,6 @@
 // Runs one Save of every listed photo to every family in the data folder of the environment it
 // inherits, and kills itself (SIGKILL, no clean-up) once the given number of copies is made; 0
-// runs to the end. The crash test checks what such a death leaves on disk.
+// runs to the end; -1 kills itself as soon as the Save has returned. The crash test checks what such a death leaves on disk.
 #include "app/familydatabase.h"
 #include "sync/batchfilejournal.h"
 #include "workspace/allocationsave.h"
@@ -37,6 +37,8 @@ int main(int argc, char **argv)
     });
     AllocationSave save(ws);
     save.Save();
+    if (killAfter < 0)
+        ::raise(SIGKILL); // nothing after the Save itself writes the undo file
     ws.undos().SaveToFile();
     return 0;
 }

@@ -124,6 +124,21 @@ private Q_SLOTS:
         checkNothingLost(env);
     }
 
+    void killedRightAfterTheSaveKeepsItsLevel()
+    {
+        TestEnv env;
+        ScriptedPrompt port;
+        prepare(env);
+        QProcess helper;
+        helper.start(QStringLiteral(SAVECRASH_HELPER), {QStringLiteral("-1")});
+        QVERIFY(helper.waitForFinished(60000));
+        QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
+        checkNothingLost(env);
+        // The level of the Save is in the file: after a restart it can still be undone.
+        const QByteArray undo = readAll(clsUndos::FilePath());
+        QVERIFY2(undo.startsWith("v1\r\n1\r\n36\r\n1\r\nIMG_00.jpg\r\n"), undo.left(40).constData());
+    }
+
     void uninterruptedSaveAllocatesEverything()
     {
         TestEnv env;

@@ -337,6 +337,37 @@ private Q_SLOTS:
         QCOMPARE(m_ws->familyList().selectedPositions(), (QList<int>{0, 1}));
     }
 
+    void allocatedPhotoShowsFamiliesTheDayFilterWouldHide()
+    {
+        family(3, "Ann", "Lee", nullptr, {"Tam"});
+        family(7, "Bob", "Moss", nullptr, {"Tpm"}); // not expected on Tuesday morning
+        family(9, "Cy", nullptr, nullptr, {"Tam"});
+        photo(QStringLiteral("IMG_1(#7#3#).jpg"), QDateTime(kTuesday, QTime(9, 0)));
+        photo(QStringLiteral("IMG_2.jpg"), QDateTime(kTuesday, QTime(9, 5)));
+        m_ws->options().showAllocated = true;
+        m_ws->options().filterByDay = true;
+        m_ws->LoadSource(false, false);
+        selectPhoto(QStringLiteral("IMG_2.jpg"));
+        m_ws->LoadFamilies(std::nullopt, std::nullopt, false, false, std::nullopt);
+        QCOMPARE(familyTexts(), (QStringList{"Ann Lee", "Cy"}));
+
+        // The first click on the allocated photo selects both its families; showing it keeps them.
+        selectPhoto(QStringLiteral("IMG_1.jpg"));
+        QVERIFY(m_ws->SrcItemClicked(m_ws->sourceList().selectedPositions().first()));
+        m_ws->FollowPhotoWithFamilies();
+        QCOMPARE(familyTexts(), (QStringList{"Ann Lee", "Bob Moss", "Cy"}));
+        QCOMPARE(m_ws->familyList().selectedPositions(), (QList<int>{0, 1}));
+        QCOMPARE(m_port->messages().size(), 0); // no "selections were lost"
+
+        // The next, unallocated photo does not inherit that tag's families.
+        selectPhoto(QStringLiteral("IMG_2.jpg"));
+        QVERIFY(m_ws->SrcItemClicked(m_ws->sourceList().selectedPositions().first()));
+        m_ws->FollowPhotoWithFamilies();
+        QCOMPARE(familyTexts(), (QStringList{"Ann Lee", "Cy"}));
+        QVERIFY(m_ws->familyList().selectedPositions().isEmpty());
+        QCOMPARE(m_port->messages().size(), 0);
+    }
+
     void viewerRules()
     {
         photo(QStringLiteral("a.jpg"), QDateTime(kTuesday, QTime(9, 0)));

@@ -7,12 +7,14 @@
 
 namespace quillet {
 
-// What the settings need from the family database: the shared parameters (the same on every PC
-// that shares the database) and the list of current families for the resize exclusion.
+// What the family database offers the settings: the shared parameters (the same on every PC
+// that shares the database) and the list of current families for the resize exclusion. Declared
+// here, beside the database, so that the settings depend on the application core and not the
+// other way round.
 class SettingsDatabase
 {
 public:
-    virtual ~SettingsDatabase();
+    virtual ~SettingsDatabase() = default;
     // Null when the parameter is empty.
     virtual QVariant ReadParam(const QString &name) = 0;
     // Writes only when the value differs (Null taken as "").
