@@ -36,6 +36,7 @@ private:
     QLabel *m_lblMsg2 = nullptr;
     QElapsedTimer m_started;
     QElapsedTimer m_painted; // since the labels were last painted
+    QElapsedTimer m_served;  // since pending events last ran
 
 };
 
