@@ -9,9 +9,11 @@ namespace quillet {
 
 namespace {
 
-// Camera EXIF blocks sit at the start of the file and are at most 64 KiB long, so this head
-// nearly always holds everything the walk needs.
-constexpr qint64 kHeadSize = 64 * 1024;
+// The first read: one page holds the start-of-image marker, the APP1 header and, in camera files,
+// the first IFD with the pointer to the Exif sub-IFD. A walk that needs more grows the read.
+constexpr qint64 kHeadSize = 4 * 1024;
+// The bytes kept after a load for the embedded thumbnail (an EXIF block is at most 64 KiB).
+constexpr qint64 kKeptSize = 64 * 1024;
 
 constexpr qint32 kTagExifSubIfd = 34665;
 constexpr qint32 kTagThumbnailOffset = 513;
@@ -38,9 +40,10 @@ int elementSize(qint32 type)
     }
 }
 
-// The bytes of one file as the parse sees them: the head first, the whole file as soon as the
-// parse asks for a byte beyond the head. Every bound is checked against the file's real size,
-// so a parse of the head gives exactly the result of a parse of the whole file.
+// The bytes of one file as the parse sees them: the head first, grown when the parse asks for a
+// byte beyond what was read (to that byte and at least twice the size, so a walk through a large
+// maker note reads a few times, not once per entry). Every bound is checked against the file's
+// real size, so a parse of the head gives exactly the result of a parse of the whole file.
 class ByteSource
 {
 public:
@@ -52,13 +55,17 @@ public:
     qint64 size() const { return m_size; }
     const QByteArray &data() const { return m_data; }
 
-    // True when [pos, pos + len) lies inside the file; reads the rest of the file when needed.
+    // True when [pos, pos + len) lies inside the file; nothing is read.
+    bool inFile(qint64 pos, qint64 len) const { return pos >= 0 && len >= 0 && pos + len <= m_size; }
+    // True when [pos, pos + len) lies inside the file; reads up to it when needed.
     bool need(qint64 pos, qint64 len)
     {
-        if (pos < 0 || len < 0 || pos + len > m_size)
+        if (!inFile(pos, len))
             return false;
-        if (pos + len > m_data.size())
-            m_data += readAt(m_data.size(), m_size - m_data.size());
+        if (pos + len > m_data.size()) {
+            const qint64 end = std::min(m_size, std::max(pos + len, 2 * qint64(m_data.size())));
+            m_data += readAt(m_data.size(), end - m_data.size());
+        }
         return true;
     }
 
@@ -115,8 +122,11 @@ qint64 findFirstApp1(ByteSource &src)
 class IfdWalk
 {
 public:
-    IfdWalk(ByteSource &src, qint64 tiffBase, QList<ExifTagRecord> &records)
-        : m_src(src), m_base(tiffBase), m_records(records)
+    // With a `wanted` tag other than 0 the walk records only the first entry with that tag and
+    // stops there; the other entries' values are checked against the file's size but not read,
+    // so the walk stops where a full walk would and the answer is the full walk's.
+    IfdWalk(ByteSource &src, qint64 tiffBase, QList<ExifTagRecord> &records, qint32 wanted = 0)
+        : m_src(src), m_base(tiffBase), m_records(records), m_wanted(wanted)
     {
     }
 
@@ -126,7 +136,7 @@ public:
     {
         qint64 pos = m_base + firstIfdOffset;
         bool subIfdWalked = false;
-        while (m_visited.size() < 1000 && !m_visited.contains(pos)) {
+        while (!m_found && m_visited.size() < 1000 && !m_visited.contains(pos)) {
             m_visited.insert(pos);
             quint32 link = 0;
             if (!walkIfd(pos, &link))
@@ -149,10 +159,12 @@ private:
         if (!m_src.need(pos, 2))
             return false;
         const int count = int(m_src.number(pos, 2));
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count && !m_found; ++i) {
             if (!readEntry(pos + 2 + qint64(i) * 12))
                 return false;
         }
+        if (m_found)
+            return false;
         const qint64 linkPos = pos + 2 + qint64(count) * 12;
         if (!m_src.need(linkPos, 4))
             return false;
@@ -169,18 +181,24 @@ private:
         rec.Type = qint32(m_src.number(entry + 2, 2));
         rec.Count = qint32(m_src.number(entry + 4, 4));
         rec.ValueOffset = qint32(m_src.number(entry + 8, 4));
-        m_records.append(rec);
+        const bool keep = m_wanted == 0 || rec.Tag == m_wanted;
+        const bool read = keep || rec.Tag == kTagExifSubIfd;
 
         const qint64 size = qint64(quint32(rec.Count)) * elementSize(rec.Type);
         qint64 dataPos = entry + 8;
         if (size > 4) {
             dataPos = m_base + quint32(rec.ValueOffset);
-            if (!m_src.need(dataPos, size))
+            if (!(read ? m_src.need(dataPos, size) : m_src.inFile(dataPos, size)))
                 return false;
         }
-        m_records.last().Value = decode(rec, dataPos, size > 4);
+        if (read)
+            rec.Value = decode(rec, dataPos, size > 4);
         if (rec.Tag == kTagExifSubIfd)
-            m_subIfdOffset = m_records.last().Value.toUInt();
+            m_subIfdOffset = rec.Value.toUInt();
+        if (keep) {
+            m_records.append(rec);
+            m_found = m_wanted != 0;
+        }
         return true;
     }
 
@@ -231,6 +249,8 @@ private:
     ByteSource &m_src;
     qint64 m_base;
     QList<ExifTagRecord> &m_records;
+    qint32 m_wanted = 0;
+    bool m_found = false;
     quint32 m_subIfdOffset = 0;
     QSet<qint64> m_visited;
 };
@@ -262,13 +282,19 @@ void clsEXIFreader::clear()
 
 void clsEXIFreader::Load(const QString &path)
 {
+    load(path, 0);
+}
+
+void clsEXIFreader::load(const QString &path, qint32 wanted)
+{
     if (!path.isEmpty())
         m_picFile = path;
     clear();
     m_attempted = true;
 
     QFile file(m_picFile);
-    if (m_picFile.isEmpty() || !file.open(QIODevice::ReadOnly)) {
+    // Unbuffered: the reads are few and exact, and a buffer would only copy them twice.
+    if (m_picFile.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         const bool missing = !QFile::exists(m_picFile);
         throw Error(missing ? kErrFileNotFound : kErrPathFileAccess, source(),
                     (missing ? QStringLiteral("File not found") : QStringLiteral("Path/File access error"))
@@ -286,8 +312,8 @@ void clsEXIFreader::Load(const QString &path)
     src.setIntel(src.byte(base) == 0x49);
     m_tiffBase = base;
     m_loaded = true;
-    IfdWalk(src, base, m_records).run(src.number(base + 4, 4));
-    if (src.data().size() <= kHeadSize)
+    IfdWalk(src, base, m_records, wanted).run(src.number(base + 4, 4));
+    if (src.data().size() <= kKeptSize)
         m_head = src.data();
 }
 
@@ -340,7 +366,7 @@ QDateTime clsEXIFreader::DateTaken(const QString &path)
 {
     try {
         clsEXIFreader reader;
-        reader.Load(path);
+        reader.load(path, kTagDateTimeOriginal);
         const QVariant raw = reader.Tag(kTagDateTimeOriginal);
         if (!raw.isValid())
             return {};

@@ -26,9 +26,9 @@ struct ExifTagRecord
 // IFD chained after it and the Exif sub-IFD; GPS and interoperability IFDs are not followed.
 // An offset that points past the end of the file stops the walk; what was read stays.
 //
-// For speed the reader first reads only the head of the file and falls back to the whole file
-// whenever the head does not hold what the walk needs, so every answer equals a reading of
-// the whole file. One instance may be reused for many files; it is not shared between threads.
+// For speed the reader first reads only the head of the file and reads further only when the walk
+// needs bytes beyond what it has, so every answer equals a reading of the whole file. One
+// instance may be reused for many files; it is not shared between threads.
 class clsEXIFreader
 {
 public:
@@ -69,6 +69,9 @@ public:
 
 private:
     void clear();
+    // Load, recording only the first entry of tag `wanted` when it is not 0 (the date of a
+    // photo needs one entry, and the walk can stop there).
+    void load(const QString &path, qint32 wanted);
 
     QString m_picFile;
     bool m_attempted = false;

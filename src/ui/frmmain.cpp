@@ -10,6 +10,7 @@
 #include "publishcommands.h"
 #include "picturebox.h"
 #include "transfercommands.h"
+#include "thumbnailfeeder.h"
 #include "workspacecontroller.h"
 #include "batchfilecommands.h"
 #include "sync/batchfilejournal.h"
@@ -48,6 +49,8 @@ frmMain::frmMain(QWidget *parent)
     m_menus.build(this);
     m_ws = std::make_unique<Workspace>(m_db, PhotoServices::Default());
     m_controller = new WorkspaceController(*m_ws, m_ui, m_menus, this);
+    // The photo list's thumbnails are made for what it shows, as it scrolls.
+    new ThumbnailFeeder(m_ui.lvwSrcFiles, &m_ws->sourceList());
     m_allocation = new AllocationCommands(*m_ws, m_ui, m_menus, *m_controller, this);
     new KeyboardCommands(m_ui, m_menus, *m_controller, this);
     new PublishCommands(m_db, m_menus, [this](const QString &text) { setStatus(text); }, this);

@@ -35,6 +35,9 @@ private:
     QLabel *m_lblMsg1 = nullptr;
     QLabel *m_lblMsg2 = nullptr;
     QElapsedTimer m_started;
+    QElapsedTimer m_painted; // since the labels were last painted
+    QElapsedTimer m_served;  // since pending events last ran
+
 };
 
 } // namespace quillet

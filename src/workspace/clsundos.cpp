@@ -261,7 +261,7 @@ void clsUndos::reloadThumbnails(int maxPhotos)
         if (index >= firstQualifying && QFile::exists(m_items.at(i).srcPathfile))
             thumb = m_ws.makeThumbnail(m_items.at(i).srcPathfile);
         if (!thumb.isNull()) {
-            m_ws.thumbnailCache().insert(index, thumb);
+            m_ws.thumbnails().put(index, thumb);
             ++done;
             port.progressUpdate(done, done);
         } else {

@@ -12,6 +12,22 @@
 
 namespace quillet {
 
+// Waits for a future while the event loop keeps running: timers, painting and window-system
+// events are served, user input waits until the caller's loop lets it in (the caller's state is
+// half built meanwhile).
+template<typename T>
+void AwaitServingEvents(const QFuture<T> &future)
+{
+    if (future.isFinished())
+        return;
+    QFutureWatcher<T> watcher;
+    QEventLoop loop;
+    QObject::connect(&watcher, &QFutureWatcher<T>::finished, &loop, &QEventLoop::quit);
+    watcher.setFuture(future);
+    if (!future.isFinished())
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
 // Runs `work(i)` for items 0..count-1 on worker threads, a bounded window ahead of the consumer, and
 // hands the results back strictly in order. While the consumer waits for an item the event loop
 // keeps running, so the window stays responsive and a progress window can still be closed.
@@ -35,14 +51,7 @@ public:
     {
         scheduleUpTo(std::min(m_count, i + m_window));
         QFuture<Result> future = m_futures[i];
-        if (!future.isFinished()) {
-            QFutureWatcher<Result> watcher;
-            QEventLoop loop;
-            QObject::connect(&watcher, &QFutureWatcher<Result>::finished, &loop, &QEventLoop::quit);
-            watcher.setFuture(future);
-            if (!future.isFinished())
-                loop.exec(QEventLoop::ExcludeUserInputEvents);
-        }
+        AwaitServingEvents(future);
         Result result = future.result();
         m_futures[i] = QFuture<Result>(); // release the result
         return result;

@@ -1,7 +1,10 @@
 #include "sourcelistmodel.h"
 
+#include "thumbnailstore.h"
+
 #include <QColor>
 #include <QPixmap>
+#include <QSet>
 
 namespace quillet {
 
@@ -64,7 +67,7 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return e.text;
     case Qt::DecorationRole:
-        return m_thumbnails ? QVariant(e.thumbnail) : QVariant(swatch(e.colour));
+        return m_thumbnails ? QVariant(thumbnailAt(index.row())) : QVariant(swatch(e.colour));
     case Qt::ForegroundRole:
         // The group shows in the small icon; the text keeps one colour per state.
         return e.ghosted ? QVariant(QColor(Qt::gray)) : QVariant(colourOf(e.tag));
@@ -80,6 +83,8 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
         return e.selected;
     case GhostedRole:
         return e.ghosted;
+    case ThumbnailReadyRole:
+        return !e.ownThumbnail || (m_store && m_store->has(e.row));
     case TakenRole:
         return e.taken;
     default:
@@ -87,19 +92,86 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
     }
 }
 
+void SourceListModel::setThumbnailSource(ThumbnailStore *store, std::function<QString(int)> pathOfRow)
+{
+    if (m_store)
+        disconnect(m_store, nullptr, this, nullptr);
+    m_store = store;
+    m_pathOfRow = std::move(pathOfRow);
+    if (m_store)
+        connect(m_store, &ThumbnailStore::ready, this, &SourceListModel::thumbnailArrived);
+}
+
+QImage SourceListModel::thumbnailAt(int position) const
+{
+    const Entry &e = m_entries.at(position);
+    if (e.ownThumbnail && m_store) {
+        const QImage image = m_store->image(e.row);
+        if (!image.isNull())
+            return image;
+    }
+    return m_placeholder;
+}
+
+void SourceListModel::requestThumbnails(int first, int last, int ahead, int keep)
+{
+    if (!m_store || !m_thumbnails)
+        return;
+    const int n = int(m_entries.size());
+    first = std::clamp(first, 0, n);
+    last = std::clamp(last, first - 1, n - 1);
+    QList<std::pair<int, QString>> wanted;
+    auto want = [&](int position) {
+        const Entry &e = m_entries.at(position);
+        if (e.ownThumbnail)
+            wanted.append({e.row, m_pathOfRow ? m_pathOfRow(e.row) : QString()});
+    };
+    // What is seen comes first, then the direction a reader scrolls, then back.
+    for (int p = first; p <= last; ++p)
+        want(p);
+    for (int p = last + 1; p < std::min(n, last + 1 + ahead); ++p)
+        want(p);
+    for (int p = first - 1; p >= std::max(0, first - ahead / 2); --p)
+        want(p);
+    QSet<int> kept;
+    for (int p = std::max(0, first - keep); p < std::min(n, last + 1 + keep); ++p)
+        kept.insert(m_entries.at(p).row);
+    m_store->retainOnly(kept);
+    m_store->request(wanted);
+}
+
+void SourceListModel::thumbnailArrived(int row)
+{
+    const int position = positionOfRow(row);
+    if (position >= 0 && m_thumbnails)
+        emitChanged(position, {Qt::DecorationRole, ThumbnailReadyRole});
+}
+
 void SourceListModel::clear()
 {
     beginResetModel();
     m_entries.clear();
+    forgetPositions();
     endResetModel();
     Q_EMIT selectionChanged();
 }
 
 void SourceListModel::append(const Entry &entry)
 {
+    append(QList<Entry>{entry});
+}
+
+void SourceListModel::append(const QList<Entry> &entries)
+{
+    if (entries.isEmpty())
+        return;
     const int n = int(m_entries.size());
-    beginInsertRows(QModelIndex(), n, n);
-    m_entries.append(entry);
+    beginInsertRows(QModelIndex(), n, n + int(entries.size()) - 1);
+    m_entries.append(entries);
+    if (!m_positions.isEmpty()) {
+        for (int i = n; i < m_entries.size(); ++i)
+            m_positions.insert(m_entries.at(i).row, i);
+    }
     endInsertRows();
 }
 
@@ -117,6 +189,7 @@ void SourceListModel::insertByName(const Entry &entry, const std::function<QStri
     }
     beginInsertRows(QModelIndex(), position, position);
     m_entries.insert(position, entry);
+    forgetPositions();
     endInsertRows();
 }
 
@@ -127,6 +200,7 @@ void SourceListModel::removeAt(int position)
     const bool wasSelected = m_entries.at(position).selected;
     beginRemoveRows(QModelIndex(), position, position);
     m_entries.removeAt(position);
+    forgetPositions();
     endRemoveRows();
     if (wasSelected)
         Q_EMIT selectionChanged();
@@ -134,11 +208,12 @@ void SourceListModel::removeAt(int position)
 
 int SourceListModel::positionOfRow(int row) const
 {
-    for (int i = 0; i < m_entries.size(); ++i) {
-        if (m_entries.at(i).row == row)
-            return i;
+    if (m_positions.isEmpty() && !m_entries.isEmpty()) {
+        m_positions.reserve(m_entries.size());
+        for (int i = 0; i < m_entries.size(); ++i)
+            m_positions.insert(m_entries.at(i).row, i);
     }
-    return -1;
+    return m_positions.value(row, -1);
 }
 
 void SourceListModel::emitChanged(int position, const QList<int> &roles)
@@ -156,8 +231,9 @@ void SourceListModel::setTag(int position, const QString &tag, const QString &co
 
 void SourceListModel::setThumbnail(int position, const QImage &image)
 {
-    m_entries[position].thumbnail = image;
-    emitChanged(position, {Qt::DecorationRole});
+    if (m_store)
+        m_store->put(m_entries.at(position).row, image);
+    emitChanged(position, {Qt::DecorationRole, ThumbnailReadyRole});
 }
 
 void SourceListModel::setGhosted(int position, bool ghosted)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractListModel>
+#include <QHash>
 #include <QDateTime>
 #include <QImage>
 #include <QList>
@@ -8,10 +9,16 @@
 
 namespace quillet {
 
+class ThumbnailStore;
+
 // The entries of the source photo list. Each entry stands for one row of the source file table and
 // carries that row's key ("K" + row), its text, its colour state and its thumbnail. Selection and
 // ghosting live here, so Save, Undo and Review work the same with or without a window; a view only
 // mirrors them.
+//
+// Thumbnails are not held by the entries: a view asks for the entries it shows
+// (requestThumbnails), the thumbnail store makes them on worker threads, and an entry shows the
+// placeholder picture until its own arrives (ThumbnailReadyRole tells which).
 class SourceListModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -23,6 +30,11 @@ public:
         ColourRole,                 // the small icon: "BLACK", "BLKWHT", "BLUE" or "RED"
         SelectedRole,
         GhostedRole,
+        // bool: in thumbnail view, true once the entry's picture is final (the photo's own
+        // thumbnail, or the placeholder when none can be made); false while the placeholder only
+        // stands in for a thumbnail that is still being made or was released after scrolling far
+        // away. A delegate may paint a "not yet" state from it; the decoration is always valid.
+        ThumbnailReadyRole,
         TakenRole,                  // QDateTime the photo was taken (unallocated photos), else invalid
     };
 
@@ -32,7 +44,9 @@ public:
         QString text;
         QString tag;
         QString colour;
-        QImage thumbnail;
+        // False: the placeholder stands for this photo for good (an undo photo brought back
+        // without a thumbnail).
+        bool ownThumbnail = true;
         bool selected = false;
         bool ghosted = false;
         QDateTime taken; // the date that placed the photo in its day/session group
@@ -47,8 +61,21 @@ public:
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     QVariant data(const QModelIndex &index, int role) const override;
 
+    // Where thumbnails come from: the store, the current path of a table row, and the picture
+    // shown until a thumbnail is ready.
+    void setThumbnailSource(ThumbnailStore *store, std::function<QString(int row)> pathOfRow);
+    void setPlaceholder(const QImage &placeholder) { m_placeholder = placeholder; }
+    // Asks for the thumbnails of the entries at positions first..last (those in view), then of
+    // `ahead` entries after them and half as many before; releases those further than
+    // `keep` entries from the view. Nothing happens in text view.
+    void requestThumbnails(int first, int last, int ahead, int keep);
+    // The picture an entry shows in thumbnail view.
+    QImage thumbnailAt(int position) const;
+
     void clear();
     void append(const Entry &entry);
+    // Appends many at once (one insertion for the view, which then lays out once).
+    void append(const QList<Entry> &entries);
     // Inserts keeping thumbnail view's name order (entries added back by review go between others).
     void insertByName(const Entry &entry, const std::function<QString(int row)> &nameOfRow);
     void removeAt(int position);
@@ -59,6 +86,7 @@ public:
 
     const Entry &at(int position) const { return m_entries.at(position); }
     void setTag(int position, const QString &tag, const QString &colour);
+    // Holds a freshly made thumbnail for the entry (after a rotation); null: none can be made.
     void setThumbnail(int position, const QImage &image);
     void setGhosted(int position, bool ghosted);
 
@@ -74,9 +102,16 @@ Q_SIGNALS:
 
 private:
     void emitChanged(int position, const QList<int> &roles);
+    void thumbnailArrived(int row);
+    void forgetPositions() { m_positions.clear(); }
 
     QList<Entry> m_entries;
     bool m_thumbnails = true;
+    ThumbnailStore *m_store = nullptr;
+    std::function<QString(int)> m_pathOfRow;
+    QImage m_placeholder;
+    // Position by table row, built on first use after a change that moves entries.
+    mutable QHash<int, int> m_positions;
 };
 
 } // namespace quillet

@@ -48,12 +48,9 @@ void clsUndos::showReviewPhoto(int index, const Item &first, bool skippingToEnd)
     entry.text = first.filename;
     entry.tag = entry.colour = kRed;
     entry.selected = true;
-    if (list.thumbnailView()) {
-        entry.thumbnail = first.thumbKey.isEmpty() ? m_ws.placeholder() : m_ws.thumbnailOf(index);
-        list.insertByName(entry, [this](int row) { return m_ws.srcFiles().row(row).FileNoFamIDs; });
-    } else {
-        list.append(entry);
-    }
+    // Both views keep name order; the thumbnail is made when the entry comes into view.
+    entry.ownThumbnail = !first.thumbKey.isEmpty();
+    list.insertByName(entry, [this](int row) { return m_ws.srcFiles().row(row).FileNoFamIDs; });
 }
 
 void clsUndos::ReviewUndoLevel(int level, bool skippingToEnd)
@@ -205,12 +202,8 @@ void clsUndos::restorePhoto(const Item &it, bool quiet, BatchfileWriter *journal
     entry.text = row.FileNoFamIDs;
     entry.tag = entry.colour = kBlack;
     entry.selected = true;
-    if (list.thumbnailView()) {
-        entry.thumbnail = it.thumbKey.isEmpty() ? m_ws.placeholder() : m_ws.thumbnailOf(it.srcFilesIndex);
-        list.insertByName(entry, [this](int r) { return m_ws.srcFiles().row(r).FileNoFamIDs; });
-    } else {
-        list.append(entry);
-    }
+    entry.ownThumbnail = !it.thumbKey.isEmpty();
+    list.insertByName(entry, [this](int r) { return m_ws.srcFiles().row(r).FileNoFamIDs; });
 }
 
 int clsUndos::removeTargetCopy(const Item &it, BatchfileWriter *journal, bool copiesKept, const QString &tgtDir)

@@ -18,7 +18,9 @@ Workspace::Workspace(FamilyDatabase &db, PhotoServices services, QObject *parent
     : QObject(parent)
     , m_db(db)
     , m_services(std::move(services))
+    , m_thumbnailStore(m_services.thumbnail)
 {
+    m_sourceList.setThumbnailSource(&m_thumbnailStore, [this](int row) { return m_srcFiles.row(row).PathFile; });
 }
 
 Workspace::~Workspace() = default;

@@ -6,8 +6,8 @@
 #include "photoservices.h"
 #include "sourcelistmodel.h"
 #include "srcfiles.h"
+#include "thumbnailstore.h"
 
-#include <QHash>
 #include <QImage>
 #include <QObject>
 #include <QTime>
@@ -72,10 +72,9 @@ public:
     bool hasUndos() const { return bool(m_undos); }
     clsUndos &undos();
 
-    // The thumbnails by table row ("K" + row): those of the listed photos and of the undo photos.
-    QHash<int, QImage> &thumbnailCache() { return m_thumbnails; }
-    // A row's thumbnail, or the placeholder when it has none.
-    QImage thumbnailOf(int row) const { return m_thumbnails.value(row, m_placeholder); }
+    // The thumbnails by table row ("K" + row), made when the list shows their rows.
+    ThumbnailStore &thumbnails() { return m_thumbnailStore; }
+    // Makes a thumbnail at once, on this thread (null when none can be made).
     QImage makeThumbnail(const QString &path) const;
     // Announces the photo count and a status line (for the window's labels).
     void ReportSourceCount() { Q_EMIT sourceCountChanged(m_sourceList.rowCount()); }
@@ -126,14 +125,10 @@ Q_SIGNALS:
     void indicatorsChanged();
 
 private:
-    struct RowWork
-    {
-        QImage thumbnail;
-        QDateTime date;
-    };
-
     bool scanSourceDir(bool debug, QStringList &debugLines);
     void fillList(bool removeAllocated);
+    // Opens the progress report when the list shows thumbnails or EXIF dates; true when it did.
+    bool showFillProgress(bool useExif, int count);
     void loadUndoLevels();
     void loadCollections();
     QList<FamilyListModel::Entry> familyEntries(const colFamilies &families, bool currentOnly, bool showParent,
@@ -150,7 +145,7 @@ private:
     colFamilies m_byName;
     bool m_collectionsLoaded = false;
     QImage m_placeholder;
-    QHash<int, QImage> m_thumbnails;
+    ThumbnailStore m_thumbnailStore;
     std::unique_ptr<clsUndos> m_undos;
     bool m_indicators[2][5] = {};
     QDate m_lastDay;

@@ -56,6 +56,14 @@ private:
         return path;
     }
 
+    // The date as the full walk gives it, with DateTaken's rules for "no date".
+    static QDateTime fullWalkDate(clsEXIFreader &reader)
+    {
+        const QVariant raw = reader.Tag(36867);
+        const QDateTime date = raw.isValid() ? clsEXIFreader::ReturnDateType(raw) : QDateTime();
+        return date == clsEXIFreader::ZeroDate() ? QDateTime() : date;
+    }
+
 private Q_SLOTS:
     void corpus_data()
     {
@@ -110,16 +118,19 @@ private Q_SLOTS:
         for (const QString &name : names) {
             const QByteArray original = readAll(TestEnv::corpusDir() + QLatin1Char('/') + name);
             QVERIFY(!original.isEmpty());
-            for (int cut : {3, 12, 20, 40, 100, 300, 1000, 4000}) {
+            for (int cut : {3, 12, 20, 40, 100, 300, 1000, 4000, 5000, 9000}) {
                 reader.Load(write(QStringLiteral("cut.jpg"), original.left(cut)));
                 QVERIFY(reader.Tag(0).toInt() >= 0);
+                QCOMPARE(clsEXIFreader::DateTaken(reader.picFile()), fullWalkDate(reader));
             }
             for (int round = 0; round < 200; ++round) {
                 QByteArray bytes = original;
                 for (int i = 0; i < 8; ++i)
                     bytes[2 + rng.bounded(std::min<qsizetype>(bytes.size() - 2, 2000))] = char(rng.bounded(256));
                 reader.Load(write(QStringLiteral("flip.jpg"), bytes));
-                reader.Tag(36867);
+                // The date's own walk stops at the first date and reads no other values; it must
+                // still agree with the walk of everything, wherever the damage made that stop.
+                QCOMPARE(clsEXIFreader::DateTaken(reader.picFile()), fullWalkDate(reader));
             }
         }
     }
@@ -222,12 +233,14 @@ private Q_SLOTS:
         moved += '\0';
         reader.Load(write(QStringLiteral("moved.jpg"), moved));
         QCOMPARE(clsEXIFreader::ReturnDateType(reader.Tag(36867)), QDateTime(QDate(2011, 1, 2), QTime(3, 4, 5)));
+        QCOMPARE(clsEXIFreader::DateTaken(reader.picFile()), QDateTime(QDate(2011, 1, 2), QTime(3, 4, 5)));
 
         // One byte further and the text runs past the end: the walk stops there.
         putU32(moved, entry + 8, quint32(moved.size() - tiffBase - 19), true);
         reader.Load(write(QStringLiteral("past.jpg"), moved));
         QVERIFY(reader.Loaded());
         QVERIFY(!reader.Tag(36867).isValid());
+        QVERIFY(!clsEXIFreader::DateTaken(reader.picFile()).isValid());
     }
 
     void offsetPastTheEndStopsTheWalk()

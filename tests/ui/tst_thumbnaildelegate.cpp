@@ -20,8 +20,6 @@ class TestThumbnailDelegate : public QObject
         e.text = QStringLiteral("IMG_%1.jpg").arg(row);
         e.tag = QLatin1String(tag);
         e.colour = QLatin1String(colour);
-        e.thumbnail = QImage(96, 72, QImage::Format_RGB32);
-        e.thumbnail.fill(Qt::darkGreen);
         if (time.isValid())
             e.taken = QDateTime(QDate(2024, 3, 5), time);
         return e;
@@ -34,6 +32,10 @@ private Q_SLOTS:
     void groupsMarksAndSelectionShow()
     {
         SourceListModel model;
+        // Without a thumbnail store every entry shows the model's stand-in picture.
+        QImage picture(96, 72, QImage::Format_RGB32);
+        picture.fill(Qt::darkGreen);
+        model.setPlaceholder(picture);
         model.append(entry(1, "BLACK", "BLACK", QTime(8, 0)));
         model.append(entry(2, "BLUE", "BLUE", QTime()));     // allocated, shown: does not break the group
         model.append(entry(3, "BLACK", "BLACK", QTime(8, 30)));

@@ -1,8 +1,12 @@
 #include "workspace/familylistmodel.h"
 #include "workspace/orderedprefetch.h"
 #include "workspace/sourcelistmodel.h"
+#include "workspace/thumbnailstore.h"
 
 #include <QAtomicInt>
+#include <QMutex>
+#include <QScopeGuard>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -50,9 +54,10 @@ private Q_SLOTS:
     void viewsShowDifferentThings()
     {
         SourceListModel m;
-        auto e = entry(1, QStringLiteral("IMG_1.jpg"));
-        e.thumbnail = QImage(96, 72, QImage::Format_RGB32);
-        m.append(e);
+        ThumbnailStore store([](const QString &) { return QImage(); });
+        m.setThumbnailSource(&store, [](int) { return QString(); });
+        m.append(entry(1, QStringLiteral("IMG_1.jpg")));
+        store.put(1, QImage(96, 72, QImage::Format_RGB32));
         m.setThumbnailView(true);
         QVERIFY(!m.data(m.index(0), Qt::DisplayRole).isValid());
         QCOMPARE(m.data(m.index(0), Qt::DecorationRole).value<QImage>().size(), QSize(96, 72));
@@ -126,6 +131,71 @@ private Q_SLOTS:
             prefetch.cancel();
         }
         QVERIFY(started.loadRelaxed() <= 4);
+    }
+
+    // A result that arrives after its row was cleared or given a newer picture is dropped: a new
+    // load reuses row numbers, and a rotation's thumbnail must not be overwritten by the old one.
+    void storeDropsStaleResults_data()
+    {
+        QTest::addColumn<QString>("meanwhile");
+        QTest::addColumn<bool>("held");
+        QTest::addColumn<int>("width");
+        QTest::newRow("nothing") << QString() << true << 10;
+        QTest::newRow("cleared") << QStringLiteral("clear") << false << 0;
+        QTest::newRow("put") << QStringLiteral("put") << true << 20;
+    }
+    void storeDropsStaleResults()
+    {
+        QFETCH(QString, meanwhile);
+        QFETCH(bool, held);
+        QFETCH(int, width);
+        auto gate = std::make_shared<QSemaphore>();
+        const auto openGate = qScopeGuard([gate] { gate->release(100); });
+        ThumbnailStore store([gate](const QString &) {
+            gate->acquire();
+            return QImage(10, 10, QImage::Format_RGB32);
+        });
+        QSignalSpy ready(&store, &ThumbnailStore::ready);
+        store.request({{1, QStringLiteral("a.jpg")}});
+        QCOMPARE(store.pendingCount(), 1);
+        if (meanwhile == QLatin1String("clear"))
+            store.clear();
+        else if (meanwhile == QLatin1String("put"))
+            store.put(1, QImage(20, 20, QImage::Format_RGB32));
+        gate->release();
+        QTRY_COMPARE(store.pendingCount(), 0);
+        QTest::qWait(20); // a dropped result would have arrived by now
+        QCOMPARE(store.has(1), held);
+        QCOMPARE(store.image(1).width(), width);
+        QCOMPARE(ready.count(), meanwhile.isEmpty() ? 1 : 0);
+    }
+
+    // A new request replaces what was queued and not started: after a scroll, the rows that left
+    // the view are not made; rows held or being made are not asked for twice.
+    void storeRequestReplacesTheQueue()
+    {
+        QStringList made;
+        QMutex lock;
+        ThumbnailStore store([&](const QString &path) {
+            QMutexLocker locked(&lock);
+            made << path;
+            return QImage(4, 4, QImage::Format_RGB32);
+        });
+        QList<std::pair<int, QString>> first, second;
+        for (int row = 1; row <= 40; ++row)
+            first.append({row, QStringLiteral("old%1").arg(row)});
+        for (int row = 100; row < 104; ++row)
+            second.append({row, QStringLiteral("new%1").arg(row)});
+        store.request(first);
+        store.request(second + first.mid(0, 1));
+        QTRY_COMPARE(store.pendingCount(), 0);
+        QMutexLocker locked(&lock);
+        QVERIFY(made.size() <= 4 + QThread::idealThreadCount()); // at most the started old ones
+        for (int row = 100; row < 104; ++row)
+            QVERIFY(made.contains(QStringLiteral("new%1").arg(row)));
+        QCOMPARE(made.count(QStringLiteral("old1")), 1);
+        store.retainOnly({100, 101});
+        QCOMPARE(store.heldCount(), 2);
     }
 };
 

@@ -2,6 +2,7 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/fileutils.h"
+#include "support/listthumbnails.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 #include "support/testjpeg.h"
@@ -89,13 +90,14 @@ private Q_SLOTS:
     void rotateTurnsKeepsTimeAndJournals()
     {
         load(true);
-        const QImage before = m_ws->sourceList().at(0).thumbnail;
+        QVERIFY(test::waitForAllThumbnails(m_ws->sourceList()));
+        const QImage before = m_ws->sourceList().thumbnailAt(0);
         select({QStringLiteral("a.jpg"), QStringLiteral("b.jpg")});
         QVERIFY(PhotoOperations(*m_ws).RotateSelected(true));
         QVERIFY(m_port->progressCaptions.isEmpty()); // two photos: no progress report
         QCOMPARE(QImageReader(src(QStringLiteral("a.jpg"))).size(), QSize(48, 64));
         QCOMPARE(lib_FileDate(src(QStringLiteral("a.jpg"))), QDateTime(QDate(2024, 3, 5), QTime(9, 0)));
-        QCOMPARE(m_ws->sourceList().at(0).thumbnail.size(), before.size().transposed());
+        QCOMPARE(m_ws->sourceList().thumbnailAt(0).size(), before.size().transposed());
         QCOMPARE(journal().mid(journal().indexOf("RSR")), QByteArray("RSR\r\na.jpg\r\nRSR\r\nb.jpg\r\n"));
 
         select({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg")});

@@ -2,6 +2,7 @@
 
 #include "lib/debuglog.h"
 #include "lib/error.h"
+#include "support/listthumbnails.h"
 
 #include <QSignalSpy>
 
@@ -205,13 +206,27 @@ private Q_SLOTS:
         WriteSetting(QStringLiteral("ReloadUndoThumbs"), true);
         WriteSetting(QStringLiteral("MaxReloadUndoThumbs"), max);
         appState().systemLoaded = true;
+        m_fx->ws->options().thumbnails = true;
         m_fx->load();
         QCOMPARE(m_fx->ws->srcFiles().SrcFilesUndoCnt(), 3);
         for (int row = 1; row <= 3; ++row) {
-            QCOMPARE(m_fx->ws->thumbnailCache().contains(row), withThumbs.contains(row));
+            QCOMPARE(m_fx->ws->thumbnails().has(row), withThumbs.contains(row));
             QCOMPARE(undos().ItemThumbnailImgLstKey(row).isEmpty(), !withThumbs.contains(row));
         }
         QCOMPARE(m_fx->port.progressCaptions.first(), QStringLiteral("Loading thumbnails for undos..."));
+
+        // Reviewed, a photo with a thumbnail key shows its thumbnail once it is in view (made
+        // again when it was released); one without shows the placeholder for good.
+        for (int level = 0; level < 3; ++level)
+            undos().ReviewUndoLevelPrev(false);
+        SourceListModel &list = m_fx->ws->sourceList();
+        m_fx->ws->thumbnails().clear(); // as after scrolling far away
+        for (int row = 1; row <= 3; ++row) {
+            const int p = list.positionOfRow(row);
+            QVERIFY(p >= 0);
+            QVERIFY(test::waitForThumbnails(list, p, p));
+            QCOMPARE(list.thumbnailAt(p) == m_fx->ws->placeholder(), !withThumbs.contains(row));
+        }
     }
 
     void reviewBringsPhotosBackRedWithTheirFamilies()

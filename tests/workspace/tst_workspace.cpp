@@ -3,6 +3,7 @@
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "lib/fileutils.h"
+#include "support/listthumbnails.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 #include "workspace/workspace.h"
@@ -168,10 +169,35 @@ private Q_SLOTS:
         QCOMPARE(m_ws->LoadSource(false, false), Workspace::LoadResult::Done);
         QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg", "f.jpg"}));
         QCOMPARE(colours(), (QStringList{"BLACK", "BLACK", "BLUE", "BLACK", "BLKWHT", "BLACK"}));
+        // The list is complete before any thumbnail is made: each entry shows the placeholder
+        // until a view asks for it.
+        QCOMPARE(m_ws->thumbnails().heldCount(), 0);
+        QCOMPARE(m_ws->sourceList().thumbnailAt(0), m_ws->placeholder());
+        QVERIFY(waitForAllThumbnails(m_ws->sourceList()));
         for (int i = 0; i < m_ws->sourceList().rowCount(); ++i)
-            QVERIFY(!m_ws->sourceList().at(i).thumbnail.isNull());
+            QCOMPARE(m_ws->sourceList().thumbnailAt(i).size(), QSize(64, 48));
         QCOMPARE(m_port->progressCaptions.last(), QStringLiteral("Loading thumbnails..."));
         QVERIFY(!m_port->progressVisible);
+    }
+
+    // A sub-folder's photo comes after its parent's photos in the scan, but both views list by
+    // name, so its group colour is the same whichever view the user picks.
+    void bothViewsShareOrderAndColours_data()
+    {
+        QTest::addColumn<bool>("thumbnails");
+        QTest::newRow("text view") << false;
+        QTest::newRow("thumbnail view") << true;
+    }
+    void bothViewsShareOrderAndColours()
+    {
+        QFETCH(bool, thumbnails);
+        photo(QStringLiteral("b.jpg"), QDateTime(kTuesday, QTime(8, 0)));
+        photo(QStringLiteral("c.jpg"), QDateTime(kTuesday, QTime(8, 10)));
+        photo(QStringLiteral("sub/a.jpg"), QDateTime(kTuesday, QTime(13, 0)));
+        m_ws->options().thumbnails = thumbnails;
+        QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
+        QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg"}));
+        QCOMPARE(colours(), (QStringList{"BLACK", "BLKWHT", "BLKWHT"}));
     }
 
     void cancelKeepsWhatWasAdded()
