@@ -1,4 +1,5 @@
 #include "workbook.h"
+#include "lib/atomicwrite.h"
 
 #include "csvworkbook.h"
 #include "odsworkbook.h"
@@ -9,7 +10,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <cmath>
 
@@ -65,14 +65,14 @@ void Workbook::load(const QString &path)
 
 void Workbook::save(const QString &path) const
 {
-    // QSaveFile would quietly replace a file the user made read-only; respect the user's choice.
+    // A save-and-rename would quietly replace a file the user made read-only; respect the user's choice.
     if (QFileInfo::exists(path) && !(QFile::permissions(path) & QFileDevice::WriteOwner))
         throw Error(kErrPathFileAccess, kSource,
                     QStringLiteral("Path/File access error: the file is read-only\r\nFile: ") + path);
     const QByteArray bytes = written();
-    QSaveFile out(path);
-    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size() || !out.commit())
-        throw Error(kErrPathFileAccess, kSource, out.errorString() + QStringLiteral("\r\nFile: ") + path);
+    const QString failure = WriteFileAtomically(path, bytes);
+    if (!failure.isEmpty())
+        throw Error(kErrPathFileAccess, kSource, failure + QStringLiteral("\r\nFile: ") + path);
 }
 
 void Workbook::read(const QByteArray &bytes)

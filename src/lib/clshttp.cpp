@@ -1,4 +1,5 @@
 #include "clshttp.h"
+#include "atomicwrite.h"
 
 #include "debuglog.h"
 #include "error.h"
@@ -9,7 +10,6 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QSaveFile>
 #include <QStringDecoder>
 #include <QTimer>
 
@@ -265,10 +265,10 @@ bool lib_clsHTTP::WriteHTTPDataToFile()
         DestinationFile = other;
     }
     const QByteArray body = readBody();
-    QSaveFile file(DestinationFile);
-    if (!file.open(QIODevice::WriteOnly) || file.write(body) != body.size() || !file.commit())
+    const QString failure = WriteFileAtomically(DestinationFile, body);
+    if (!failure.isEmpty())
         throw Error(kLibErrorNumber, libSource("WriteHTTPDataToFile"),
-                    QStringLiteral("Could not write ") + DestinationFile + QStringLiteral(": ") + file.errorString());
+                    QStringLiteral("Could not write ") + DestinationFile + QStringLiteral(": ") + failure);
     return true;
 }
 

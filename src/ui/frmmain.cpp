@@ -5,6 +5,7 @@
 #include "aboutbox.h"
 #include "frmdebug.h"
 #include "frmfamilies.h"
+#include "frmhelp.h"
 #include "frmsettings.h"
 #include "keyboardcommands.h"
 #include "publishcommands.h"
@@ -32,6 +33,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -260,9 +262,16 @@ void frmMain::wireCommands()
     connect(m_menus.mnuCheckUpdates, &QAction::triggered, this, [] {
         CheckVersionOnline(QLatin1String(AppPaths::kTitle), QStringLiteral(QUILLET_VERSION), false, true);
     });
-    connect(m_menus.mnuHelp, &QAction::triggered, this, [] {
-        if (!prompt().openWithDefaultProgram(AppPaths::helpPage()))
+    connect(m_menus.mnuHelp, &QAction::triggered, this, [this] {
+        if (prompt().openWithDefaultProgram(AppPaths::helpPage()))
+            return;
+        // No program to show it (no browser installed): the program shows the page itself.
+        if (!QFileInfo::exists(AppPaths::helpPage())) {
             lib_MsgWarning(QStringLiteral("Could not open the help page ") + AppPaths::helpPage());
+            return;
+        }
+        auto *help = new frmHelp(AppPaths::helpPage(), this);
+        help->show();
     });
     connect(m_menus.mnuOptions, &QAction::triggered, this, &frmMain::openSettings);
     connect(m_menus.mnuFamilies, &QAction::triggered, this, &frmMain::openFamilies);

@@ -20,6 +20,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBrowser>
+#include <QDialog>
 
 #include <csignal>
 
@@ -244,6 +246,24 @@ private Q_SLOTS:
         w.menus().mnuHelp->trigger();
         QCOMPARE(m_port->opened, QStringList{AppPaths::helpPage()});
         QVERIFY(AppPaths::helpPage().endsWith(QStringLiteral("/quillet.html")));
+        QVERIFY(!w.findChild<QDialog *>(QStringLiteral("frmHelp")));
+    }
+
+    // Without a program to open it (no browser), the page shows in a window of the program.
+    void helpWithoutABrowserShowsInsideTheProgram()
+    {
+        prepareInstallation();
+        frmMain w;
+        w.StartUp();
+        m_port->openResult = false;
+        w.menus().mnuHelp->trigger();
+        auto *help = w.findChild<QDialog *>(QStringLiteral("frmHelp"));
+        QVERIFY(help);
+        QVERIFY(help->isVisible());
+        auto *browser = help->findChild<QTextBrowser *>(QStringLiteral("txtHelp"));
+        QVERIFY(browser);
+        QVERIFY(browser->toPlainText().contains(QStringLiteral("Quillet")));
+        QVERIFY(m_port->texts().isEmpty()); // no warning on top
     }
 
     void terminationSignalClosesTheWindow()
