@@ -55,7 +55,10 @@ void ThumbnailStore::startMore()
 {
     // One job per worker at a time, so that a scroll re-orders the queue before work starts.
     while (!m_queue.isEmpty() && m_running < m_pool.maxThreadCount()) {
-        const auto [row, path] = m_queue.takeFirst();
+        // Named copies rather than a structured binding: lambdas capture these below.
+        const auto next = m_queue.takeFirst();
+        const int row = next.first;
+        const QString path = next.second;
         const quint64 ticket = m_nextTicket++;
         m_inFlight.insert(row, ticket);
         ++m_running;
