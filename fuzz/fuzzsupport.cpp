@@ -13,37 +13,15 @@ namespace quillet::fuzz {
 
 namespace {
 
-// Nobody answers a fuzzer: every question takes its default, and nothing is printed, so that the
-// fuzzer's own output stays readable.
-class SilentPrompt final : public UserPrompt
-{
-public:
-    bool showMessage(const QString &, bool answer) override { return answer; }
-    void progressShow(const QString &) override {}
-    void progressInit(int) override {}
-    void progressUpdate(int, int) override {}
-    void progressHide() override {}
-    QString browseForFolder(const QString &, const QString &) override { return {}; }
-    QString openFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    QString typedText(const QString &, const QString &) override { return {}; }
-    bool openWithDefaultProgram(const QString &) override { return false; }
-    bool waitForWindow(const QString &, int) override { return false; }
-    void setClipboardText(const QString &) override {}
-    void beep() override {}
-    bool shiftHeld() override { return false; }
-    void restoreActiveWindow() override {}
-    void processEvents() override {}
-    void setBusy(bool) override {}
-};
-
 struct Process
 {
     int argc = 1;
     char name[16] = "quillet-fuzz";
     char *argv[2] = {name, nullptr};
     QTemporaryDir home;
-    SilentPrompt port;
+    // Nobody answers a fuzzer: every question takes its default, and nothing is printed, so that
+    // the fuzzer's own output stays readable.
+    QuietPrompt port{false};
     QCoreApplication *app = nullptr;
 
     Process()

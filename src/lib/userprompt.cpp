@@ -12,39 +12,25 @@ bool UserPrompt::showMessageWithAction(const QString &request, bool answer, cons
     return showMessage(request, answer);
 }
 
-namespace {
-
-// Used where no window exists (command-line tools, early start-up): nobody can answer, so every
-// question takes its default, and messages are not lost but written to standard error.
-class QuietPrompt final : public UserPrompt
+QuietPrompt::QuietPrompt(bool printMessages)
+    : m_print(printMessages)
 {
-public:
-    bool showMessage(const QString &request, bool answer) override
-    {
+}
+
+bool QuietPrompt::showMessage(const QString &request, bool answer)
+{
+    if (m_print)
         std::fprintf(stderr, "%s\n", qPrintable(request.mid(5)));
-        return answer;
-    }
-    void progressShow(const QString &) override {}
-    void progressInit(int) override {}
-    void progressUpdate(int, int) override {}
-    void progressHide() override {}
-    QString browseForFolder(const QString &, const QString &) override { return {}; }
-    QString openFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
-    QString typedText(const QString &, const QString &) override { return {}; }
-    bool openWithDefaultProgram(const QString &) override { return false; }
-    bool waitForWindow(const QString &, int) override { return false; }
-    void setClipboardText(const QString &) override {}
-    void beep() override {}
-    bool shiftHeld() override { return false; }
-    void restoreActiveWindow() override {}
-    void processEvents() override
-    {
-        if (QCoreApplication::instance())
-            QCoreApplication::processEvents();
-    }
-    void setBusy(bool) override {}
-};
+    return answer;
+}
+
+void QuietPrompt::processEvents()
+{
+    if (QCoreApplication::instance())
+        QCoreApplication::processEvents();
+}
+
+namespace {
 
 QuietPrompt g_quiet;
 UserPrompt *g_port = nullptr;

@@ -66,6 +66,35 @@ public:
     virtual void setBusy(bool busy) = 0;
 };
 
+// Used where no window exists (command-line tools, early start-up, fuzzing): nobody can answer, so
+// every question takes its default, and messages are not lost but written to standard error
+// (unless `printMessages` is false). Subclasses change single answers.
+class QuietPrompt : public UserPrompt
+{
+public:
+    explicit QuietPrompt(bool printMessages = true);
+    bool showMessage(const QString &request, bool answer) override;
+    void progressShow(const QString &) override {}
+    void progressInit(int) override {}
+    void progressUpdate(int, int) override {}
+    void progressHide() override {}
+    QString browseForFolder(const QString &, const QString &) override { return {}; }
+    QString openFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
+    QString saveFileDialog(const QString &, const QString &, const QString &, const QString &) override { return {}; }
+    QString typedText(const QString &, const QString &) override { return {}; }
+    bool openWithDefaultProgram(const QString &) override { return false; }
+    bool waitForWindow(const QString &, int) override { return false; }
+    void setClipboardText(const QString &) override {}
+    void beep() override {}
+    bool shiftHeld() override { return false; }
+    void restoreActiveWindow() override {}
+    void processEvents() override;
+    void setBusy(bool) override {}
+
+private:
+    bool m_print;
+};
+
 // The port in use. Until the application or a test installs one, a quiet implementation answers
 // every question with its default and writes messages to standard error.
 UserPrompt &prompt();
