@@ -62,14 +62,16 @@ QImage embeddedThumbnail(const QString &path, QSize desired)
     const QSize photo = jpegFrameSize(path);
     if (photo.isEmpty() || sameAspect(photo, QSize(1, 1)))
         return {};
-    FreeImageBitmap::Ptr bitmap = FreeImageBitmap::loadFromMemory(bytes);
-    const QSize thumb = FreeImageBitmap::size(bitmap.get());
+    // Decoded as a JPEG and nothing else, through libjpeg-turbo: the bytes come from the camera
+    // file, and guessing their format would hand them to every decoder FreeImage carries.
+    const QImage image = QImage::fromData(bytes, "JPG");
+    const QSize thumb = image.size();
     if (thumb.isEmpty() || !sameAspect(photo, thumb))
         return {};
     const QSize wanted = FreeImageBitmap::fitInto(photo, desired);
     if (thumb.width() < std::min(wanted.width(), photo.width()))
         return {};
-    return FreeImageBitmap::toQImage(bitmap.get());
+    return image.convertToFormat(QImage::Format_RGB32);
 }
 
 // Decodes the file (a JPEG at the smallest scale that still covers `longSide`) and scales it
@@ -77,15 +79,15 @@ QImage embeddedThumbnail(const QString &path, QSize desired)
 QImage decoded(const QString &path, int format, int longSide, const QString &file)
 {
     if (format == FIF_JPEG) {
-        // libjpeg-turbo's own reduced decode with the fast preview options; FreeImage below
-        // handles what it cannot (and every other format).
+        // libjpeg-turbo's own reduced decode with the fast preview options. A JPEG it refuses is
+        // damaged: it is not handed on to FreeImage, whose older JPEG decoder reads outside its
+        // buffers on such files (found by fuzzing); the photo gets the placeholder.
         const QImage image = DecodeJpegScaled(path, longSide);
-        if (!image.isNull()) {
-            const QSize target = FreeImageBitmap::fitInto(image.size(), QSize(longSide, longSide));
-            return target.width() < image.width()
-                ? image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                : image;
-        }
+        if (image.isNull())
+            fail(45007, QStringLiteral("ExtractImage on ") + file + QStringLiteral(" failed."));
+        const QSize target = FreeImageBitmap::fitInto(image.size(), QSize(longSide, longSide));
+        return target.width() < image.width() ? image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                                              : image;
     }
     FreeImageBitmap::Ptr bitmap = FreeImageBitmap::load(path, format, longSide);
     if (!bitmap)

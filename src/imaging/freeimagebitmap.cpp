@@ -59,20 +59,6 @@ Ptr load(const QString &path, int format, int sizeHint, int flags)
     return Ptr(FreeImage_Load(FREE_IMAGE_FORMAT(format), QFile::encodeName(path).constData(), flags));
 }
 
-Ptr loadFromMemory(const QByteArray &bytes)
-{
-    installMessageHandler();
-    clearMessage();
-    FIMEMORY *mem = FreeImage_OpenMemory(reinterpret_cast<BYTE *>(const_cast<char *>(bytes.constData())),
-                                         DWORD(bytes.size()));
-    if (!mem)
-        return {};
-    const FREE_IMAGE_FORMAT fif = FreeImage_GetFileTypeFromMemory(mem, 0);
-    Ptr bitmap(fif == FIF_UNKNOWN ? nullptr : FreeImage_LoadFromMemory(fif, mem, 0));
-    FreeImage_CloseMemory(mem);
-    return bitmap;
-}
-
 QSize size(FIBITMAP *bitmap)
 {
     return bitmap ? QSize(int(FreeImage_GetWidth(bitmap)), int(FreeImage_GetHeight(bitmap))) : QSize();

@@ -30,7 +30,6 @@ bool canRead(int format);
 // the longer side stays at least `sizeHint` pixels. Null when the file cannot be decoded; then
 // lastMessage() tells why.
 Ptr load(const QString &path, int format, int sizeHint = 0, int flags = 0);
-Ptr loadFromMemory(const QByteArray &bytes);
 
 QSize size(FIBITMAP *bitmap);
 // Rescales with FreeImage's filter number (1 is bicubic). Null on failure.
