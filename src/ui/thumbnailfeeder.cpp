@@ -18,6 +18,7 @@ constexpr int kCoalesceMs = 15;
 ThumbnailFeeder::ThumbnailFeeder(QListView *view, SourceListModel *model)
     : QObject(view)
     , m_view(view)
+    , m_viewport(view->viewport())
     , m_model(model)
 {
     setObjectName(QStringLiteral("thumbnailFeeder"));
@@ -36,7 +37,7 @@ ThumbnailFeeder::ThumbnailFeeder(QListView *view, SourceListModel *model)
 
 bool ThumbnailFeeder::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_view->viewport() && (event->type() == QEvent::Resize || event->type() == QEvent::Show))
+    if (watched == m_viewport && (event->type() == QEvent::Resize || event->type() == QEvent::Show))
         schedule();
     return QObject::eventFilter(watched, event);
 }

@@ -39,6 +39,9 @@ private:
     std::pair<int, int> rangeInView() const;
 
     QListView *m_view;
+    // The viewport as a plain object: its events still arrive while the view is being destroyed,
+    // when the view may no longer be asked for it.
+    QObject *m_viewport;
     SourceListModel *m_model;
     QTimer m_timer;
 };
