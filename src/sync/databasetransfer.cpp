@@ -75,7 +75,10 @@ bool replaceLocal(FamilyDatabase &db, const QString &copy)
     // Beside the local file first, so that the rename below replaces it in one step; checked again
     // there, since those are the bytes that will be used.
     const QString local = FamilyDatabase::DbPath();
-    const QString beside = lib_TempCopyName(local, copy);
+    // A name of its own: lib_CopyFile picks a free ".~NN" temporary beside its target, which could
+    // be this very name if it were one of those. A leftover of an interrupted import goes first.
+    const QString beside = local + QStringLiteral(".import");
+    QFile::remove(beside);
     try {
         lib_CopyFile(copy, beside, false);
     } catch (const Error &) {

@@ -92,7 +92,8 @@ class TestTransferCrash : public QObject
         QProcess helper;
         helper.start(QStringLiteral(TRANSFERCRASH_HELPER), {mode, QStringLiteral("0")});
         QVERIFY(helper.waitForFinished(120000));
-        QCOMPARE(helper.exitCode(), 0);
+        QVERIFY2(helper.exitStatus() == QProcess::NormalExit && helper.exitCode() == 0,
+                 helper.readAllStandardError().right(2000).constData());
     }
 
 private Q_SLOTS:
