@@ -106,10 +106,13 @@ QString lib_TempCopyName(const QString &target, const QString &source)
 {
     const QString stem = lib_PathWithoutExt(target);
     const QString sourceAbs = QFileInfo(source).absoluteFilePath();
+    // A target that is itself of the ".~NN" form must not be its own temporary.
+    const QString targetAbs = QFileInfo(target).absoluteFilePath();
     for (int tries = 0; tries < 1000; ++tries) {
         const int n = QRandomGenerator::global()->bounded(100);
         const QString name = stem + QStringLiteral(".~") + QString::number(n).rightJustified(2, QLatin1Char('0'));
-        if (!QFileInfo::exists(name) && QFileInfo(name).absoluteFilePath() != sourceAbs)
+        const QString nameAbs = QFileInfo(name).absoluteFilePath();
+        if (!QFileInfo::exists(name) && nameAbs != sourceAbs && nameAbs != targetAbs)
             return name;
     }
     throw Error(kLibErrorNumber, libSource("lib_CopyFile"),

@@ -194,6 +194,19 @@ private Q_SLOTS:
         QVERIFY(!appState().lastSystemError.isEmpty());
     }
 
+    // A target named like a temporary ("x.~37") is never its own temporary: before, one copy in
+    // a hundred wrote into the target's name, then deleted it as the old target.
+    void targetOfTheTemporaryFormIsCopiedWhole()
+    {
+        const QString src = m_env->writeFile(QStringLiteral("db/quilletData.db"), "DATABASE");
+        for (int n = 0; n < 300; ++n) {
+            const QString target = m_env->path(QStringLiteral("db/quilletData.~%1").arg(n % 100, 2, 10, QLatin1Char('0')));
+            QVERIFY(lib_CopyFile(src, target, false));
+            QCOMPARE(contents(target), QByteArray("DATABASE"));
+            QVERIFY(QFile::remove(target));
+        }
+    }
+
     void tempNameForm()
     {
         const QString name = lib_TempCopyName(QStringLiteral("/t/fam/IMG_1.jpg"), QStringLiteral("/s/IMG_1.jpg"));
