@@ -1,5 +1,6 @@
 // Save throughput: 100 photos to 3 families, plain copies against the `cp` command copying the
 // same files, and resized to 1024 against decoding and rescaling the same files.
+#include "benchsupport.h"
 #include "camerajpeg.h"
 
 #include "app/familydatabase.h"
@@ -30,29 +31,6 @@ namespace {
 constexpr int kPhotos = 100;
 const QList<int> kFamilies{1, 2, 3};
 
-QStringList preparePhotos(const QString &srcDir)
-{
-    QStringList names;
-    const QString corpus = qEnvironmentVariable("QUILLET_BENCH_CORPUS");
-    if (!corpus.isEmpty()) {
-        for (const QString &name : QDir(corpus).entryList({"*.jpg", "*.JPG"}, QDir::Files, QDir::Name)) {
-            if (names.size() == kPhotos)
-                break;
-            QFile::copy(corpus + "/" + name, srcDir + "/" + name);
-            names << name;
-        }
-        return names;
-    }
-    const QByteArray jpeg = cameraJpeg();
-    for (int i = 0; i < kPhotos; ++i) {
-        names << QStringLiteral("IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'));
-        QFile f(srcDir + "/" + names.last());
-        f.open(QIODevice::WriteOnly);
-        f.write(jpeg);
-    }
-    return names;
-}
-
 // One Save of every listed photo to the three families; returns the seconds it took.
 double timedSave(Workspace &ws, AllocationSave &save)
 {
@@ -77,22 +55,6 @@ void reset(Workspace &ws, const QString &tgtDir)
     QDir().mkpath(tgtDir);
 }
 
-double timedCp(const QString &srcDir, const QStringList &names, const QString &tgtDir)
-{
-    QElapsedTimer t;
-    t.start();
-    for (int f = 0; f < kFamilies.size(); ++f) {
-        const QString dir = tgtDir + QStringLiteral("/cp%1").arg(f);
-        QDir().mkpath(dir);
-        QStringList args;
-        for (const QString &n : names)
-            args << srcDir + "/" + n;
-        args << dir;
-        QProcess::execute(QStringLiteral("cp"), args);
-    }
-    return t.nsecsElapsed() / 1e9;
-}
-
 double timedDecodeRescale(const QString &srcDir, const QStringList &names)
 {
     QElapsedTimer t;
@@ -112,15 +74,9 @@ double timedDecodeRescale(const QString &srcDir, const QStringList &names)
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir home;
-    for (const char *var : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
-        qputenv(var, home.path().toUtf8() + "/" + var);
+    const BenchHome home;
     QGuiApplication app(argc, argv);
-    const QString srcDir = home.path() + "/src", tgtDir = home.path() + "/tgt";
-    QDir().mkpath(srcDir);
-    QDir().mkpath(tgtDir);
-    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Quillet");
-    FamilyDatabase::Provision(FamilyDatabase::DbPath());
+    const QString &srcDir = home.srcDir, &tgtDir = home.tgtDir;
     FamilyDatabase db;
     db.OpenDatabase();
     for (int id : kFamilies)
@@ -131,7 +87,7 @@ int main(int argc, char **argv)
              {"AssnSubToTgt", "0"}, {"AssnSrcSubToTgt", "0"}, {"TargetResizeMD", "3"}, {"TargetResizeQ", "3"}})
         WriteSetting(key, value);
     Batchfile::InitBatchfile();
-    const QStringList names = preparePhotos(srcDir);
+    const QStringList names = prepareBenchPhotos(srcDir, kPhotos);
     const int copies = int(names.size() * kFamilies.size());
 
     Workspace ws(db, PhotoServices::Default());
@@ -142,7 +98,7 @@ int main(int argc, char **argv)
     AllocationSave save(ws);
 
     WriteSetting(QStringLiteral("TargetResize"), false);
-    const double cpSeconds = timedCp(srcDir, names, tgtDir);
+    const double cpSeconds = timedCp(srcDir, names, tgtDir, int(kFamilies.size()));
     QDir(tgtDir).removeRecursively();
     QDir().mkpath(tgtDir);
     const double copySeconds = timedSave(ws, save);
