@@ -49,7 +49,7 @@ fuzz:
 	  CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUILLET_FUZZ=ON -DBUILD_TESTING=OFF; \
 	fi
 	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target fuzzers
-	FUZZ_SECONDS=$(FUZZ_SECONDS) scripts/run-fuzz $(FUZZ_DIR)
+	FUZZ_SECONDS=$(FUZZ_SECONDS) FUZZ_TARGETS="$(FUZZ_TARGETS)" scripts/run-fuzz $(FUZZ_DIR)
 
 # The whole suite built and run with AddressSanitizer and UndefinedBehaviorSanitizer.
 ASAN_DIR ?= build-asan
