@@ -191,6 +191,18 @@ bool BatchfileProcessing::processOne(const QString &path, const ReplaySettings &
                 + QStringLiteral("(rotations will be skipped this time)")))
         return true;
 
+    if (!replayInto(fileName, content, settings, outcome, earlier.rotationsDone, earlier.exist)) {
+        DebugLog(QStringLiteral("   Cancelled ") + path + QStringLiteral(", left for the next run"));
+        return false;
+    }
+    lib_KillFile(path, true);
+    return true;
+}
+
+bool BatchfileProcessing::replayInto(const QString &fileName, const BatchfileContent &content,
+                                     const ReplaySettings &settings, ReplayOutcome &outcome,
+                                     const QSet<int> &rotationsDone, bool resumed)
+{
     lib_MakePath(BatchfileName::doneFolder());
     const QString donePath =
         BatchfileName::uniqueDonePath(BatchfileName::doneFolder(), fileName, QDateTime::currentDateTime());
@@ -202,20 +214,81 @@ bool BatchfileProcessing::processOne(const QString &path, const ReplaySettings &
     port.progressShow(QStringLiteral("Processing batchfile..."));
     port.progressInit(content.operationCount());
     BatchfileReplay replay(settings, outcome);
-    if (earlier.exist)
-        replay.resumeAfter(earlier.rotationsDone);
+    if (resumed)
+        replay.resumeAfter(rotationsDone);
     bool complete = false;
     {
         DeferredSync sync; // one flush to the disk at the end, as Save does
         complete = replay.run(content, done);
     }
     done.close();
-    if (!complete) {
-        DebugLog(QStringLiteral("   Cancelled ") + path + QStringLiteral(", left for the next run"));
-        return false;
+    return complete;
+}
+
+QStringList BatchfileProcessing::ReplayAdopted(const QStringList &paths, const QSet<QString> &turnedAlready)
+{
+    m_clock.start();
+    m_questionMs = 0;
+    ReplayOutcome outcome;
+    QStringList unfinished;
+    try {
+        const ReplaySettings settings = ReplaySettings::read(m_db);
+        for (int p = 0; p < paths.size(); ++p) {
+            const QString &path = paths.at(p);
+            const QString fileName = QFileInfo(path).fileName();
+            const BatchfileContent content = BatchfileReader::readFile(path);
+            if (!content.ok()) {
+                DebugLog(QStringLiteral("   Not carried out here ") + path + QStringLiteral(": ") + content.problemText);
+                QElapsedTimer shown;
+                shown.start();
+                lib_MsgWarning(QStringLiteral("The Portable Copy's batchfile ") + path
+                               + QStringLiteral(" could not be carried out on this computer: ") + content.problemText
+                               + QStringLiteral(".") + kCrLf
+                               + QStringLiteral("It is taken over as it is and sent on with the next batchfile export; "
+                                                "allocate the photos it names again here if they are missing."));
+                m_questionMs += shown.elapsed();
+                continue;
+            }
+            // The rotations this import finds done: those of an earlier, interrupted run of it
+            // (its done copy, when it matches this journal entry by entry), and those of the photos
+            // that came back turned.
+            QSet<int> rotationsDone;
+            for (const QString &copy : BatchfileName::doneCopiesOf(BatchfileName::doneFolder(), fileName)) {
+                const BatchfileContent was = BatchfileReader::readFile(copy);
+                if (!was.ok() && was.problem != BatchfileContent::Problem::TruncatedEntry)
+                    continue;
+                bool samePrefix = was.entries.size() <= content.entries.size();
+                for (int i = 0; samePrefix && i < was.entries.size(); ++i)
+                    samePrefix = was.entries.at(i).opcode == content.entries.at(i).opcode
+                        && was.entries.at(i).operands == content.entries.at(i).operands;
+                for (int i = 0; samePrefix && i < was.entries.size(); ++i) {
+                    if (was.entries.at(i).lineAfter && BatchfileReplay::isRotationDoneResult(*was.entries.at(i).lineAfter))
+                        rotationsDone.insert(i);
+                }
+            }
+            for (int i = 0; i < content.entries.size(); ++i) {
+                const BatchfileEntry &entry = content.entries.at(i);
+                const bool rotation = entry.opcode == QLatin1String(Batchfile::kRotateSourceLeft)
+                    || entry.opcode == QLatin1String(Batchfile::kRotateSourceRight);
+                if (!rotation || entry.operands.isEmpty())
+                    continue;
+                const QString operand = QString(entry.operands.first()).replace(QLatin1Char('\\'), QLatin1Char('/'));
+                if (turnedAlready.contains(lib_FilePart(operand).toLower()))
+                    rotationsDone.insert(i);
+            }
+            DebugLog(QStringLiteral("   Carrying out the Portable Copy's batchfile ") + path);
+            if (!replayInto(fileName, content, settings, outcome, rotationsDone, true)) {
+                DebugLog(QStringLiteral("   Cancelled ") + path);
+                unfinished = paths.mid(p);
+                break;
+            }
+        }
+    } catch (const Error &e) {
+        prompt().progressHide();
+        lib_ErrorHandler(QStringLiteral("ImportFromPortableCopy"), e);
     }
-    lib_KillFile(path, true);
-    return true;
+    finish(outcome);
+    return unfinished;
 }
 
 void BatchfileProcessing::finish(const ReplayOutcome &outcome)

@@ -31,10 +31,23 @@ public:
     // The other PCs' batchfiles in the data folder, sorted without regard to case, at most 50.
     static QStringList FindBatchfiles(const QString &pcName);
 
+    // Carries out here, once and without the questions, batchfiles that this PC takes over from
+    // its portable copy: they are journalled under this PC's name, so they are never replayed
+    // here otherwise, yet this PC's Target Dir must get the copies and its Source Dir the tags.
+    // The rotations of the photos named in `turnedAlready` (file names) are skipped: those files
+    // come back from the device turned. Each batchfile leaves a done copy, so an import that is cut
+    // off and run again skips the rotations already made. Ends with the usual reports of failures
+    // and missing sources. Returns the paths the cancel flag kept from being carried out to their
+    // end (a malformed batchfile is not carried out; the user is told why).
+    QStringList ReplayAdopted(const QStringList &paths, const QSet<QString> &turnedAlready);
+
 private:
     // False when the whole run must stop (cancelled).
     bool processOne(const QString &path, const ReplaySettings &settings, ReplayOutcome &outcome);
     bool ask(const QString &text, bool defaultYes = true);
+    // Replays `content` into a new done copy of `fileName`; false when cancelled.
+    bool replayInto(const QString &fileName, const BatchfileContent &content, const ReplaySettings &settings,
+                    ReplayOutcome &outcome, const QSet<int> &rotationsDone, bool resumed);
     void finish(const ReplayOutcome &outcome);
 
     FamilyDatabase *m_db;

@@ -1,6 +1,7 @@
 #include "portablecopyimport.h"
 
 #include "batchfilejournal.h"
+#include "batchfileprocessing.h"
 #include "foreignpath.h"
 #include "transferfolders.h"
 #include "transfermove.h"
@@ -59,8 +60,9 @@ QStringList filesIn(const QString &folder, const QString &pattern)
 
 } // namespace
 
-PortableCopyImport::PortableCopyImport(std::function<void()> refresh)
+PortableCopyImport::PortableCopyImport(std::function<void()> refresh, FamilyDatabase *db)
     : m_refresh(std::move(refresh))
+    , m_db(db)
 {
 }
 
@@ -114,8 +116,9 @@ QString PortableCopyImport::ImportFromPortableCopy()
     if (!TransferFolders::SourceDirExists(srcDir))
         return QString();
     BusyPointer busy;
-    const int moved = moveOriginals(folder, srcDir);
-    const int adopted = adoptBatchfiles(xfr);
+    QSet<QString> movedNames;
+    const int moved = moveOriginals(folder, srcDir, movedNames);
+    const int adopted = adoptBatchfiles(xfr, movedNames);
     if (moved + adopted > 0 && m_refresh)
         m_refresh();
     deleteUndoFiles(xfr);
@@ -155,7 +158,7 @@ QString PortableCopyImport::originalsFolder(const QString &xfrDir, const QString
     return folder;
 }
 
-int PortableCopyImport::moveOriginals(const QString &folder, const QString &srcDir)
+int PortableCopyImport::moveOriginals(const QString &folder, const QString &srcDir, QSet<QString> &movedNames)
 {
     // The folder's own files only, moved flat into the Source Dir.
     const QStringList files = filesIn(folder, QStringLiteral("*"));
@@ -174,6 +177,7 @@ int PortableCopyImport::moveOriginals(const QString &folder, const QString &srcD
         try {
             if (problem.isEmpty()) {
                 TransferMoveFile(file, target.path());
+                movedNames.insert(lib_FilePart(file).toLower());
                 ++moved;
             }
         } catch (const Error &e) {
@@ -188,27 +192,52 @@ int PortableCopyImport::moveOriginals(const QString &folder, const QString &srcD
     return moved;
 }
 
-int PortableCopyImport::adoptBatchfiles(const QString &xfrDir)
+int PortableCopyImport::adoptBatchfiles(const QString &xfrDir, const QSet<QString> &movedNames)
 {
     const QString pcName = ReadSetting(QStringLiteral("PCname"));
     TransferRefusals refused;
-    int adopted = 0;
+    QStringList taken;
     for (const QString &file : filesIn(xfrDir, QStringLiteral("_Batchfile_*.log"))) {
-        const QString target = AdoptedName(lib_FilePart(file), pcName, QDateTime::currentDateTime());
-        if (target.isEmpty())
+        if (AdoptedName(lib_FilePart(file), pcName, QDateTime::currentDateTime()).isEmpty())
             continue; // another PC's journal stays on the device
         if (QFileInfo(file).isSymLink()) {
             refused.add(file, QStringLiteral("it is a link to another place"));
             continue;
         }
+        taken << file;
+    }
+    // Carried out here first, then taken over: an import cut off in between carries a journal out
+    // again (its done copy keeps the rotations from being made twice) but never loses one.
+    // Adopted before by an import that was cut off after its copy: the journal is here already,
+    // and was carried out before that copy was made.
+    QStringList toCarryOut;
+    for (const QString &file : std::as_const(taken)) {
+        if (!alreadyAdopted(file, pcName))
+            toCarryOut << file;
+    }
+    // A run stopped by the user leaves the journals it did not finish on the device, to be carried
+    // out by the next import (the malformed ones it could not carry out go on as they are).
+    QStringList left;
+    if (!toCarryOut.isEmpty())
+        left = BatchfileProcessing(m_db).ReplayAdopted(toCarryOut, movedNames);
+    if (!left.isEmpty()) {
+        lib_MsgWarning(QStringLiteral("The import was stopped. ") + lib_FormatCount(int(left.size()), QStringLiteral("batchfile"))
+                       + QStringLiteral(" of the Portable Copy stayed on the device (") + xfrDir
+                       + QStringLiteral("). Choose Import From Portable Copy again to finish."));
+    }
+    int adopted = 0;
+    for (const QString &file : std::as_const(taken)) {
+        if (left.contains(file))
+            continue;
         try {
-            // Adopted before by an import that was cut off after its copy: the journal is here already.
-            if (alreadyAdopted(file, pcName))
+            if (alreadyAdopted(file, pcName)) {
                 lib_KillFile(file, true);
-            else
+            } else {
+                const QString target = AdoptedName(lib_FilePart(file), pcName, QDateTime::currentDateTime());
                 TransferMoveFile(file, target);
+                DebugLog(QStringLiteral("Adopted batchfile ") + file + QStringLiteral(" as ") + target);
+            }
             ++adopted;
-            DebugLog(QStringLiteral("Adopted batchfile ") + file + QStringLiteral(" as ") + target);
         } catch (const Error &e) {
             refused.add(file, e.description().section(QStringLiteral("\r\n"), 1, 1));
         }

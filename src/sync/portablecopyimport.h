@@ -1,15 +1,23 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <functional>
 
 namespace quillet {
+
+class FamilyDatabase;
 
 // External > Import From Portable Copy: brings a portable copy's work back to its PC. The device
 // folder PortableCopyXfrDir holds the portable copy's settings file, its batchfiles and undo
 // files; the allocated originals lie in the device's PortCopyOrigCopyDir. The originals move flat
 // into the Source Dir, the batchfiles journalled under this PC's name become this PC's (to be sent
 // on with the next batchfile export), and the device's undo files are deleted.
+//
+// Those batchfiles carry this PC's name, so the replay never carries them out here; yet this PC
+// must end as the portable copy did (the copies in its Target Dir, the tags in its Source Dir).
+// Each taken batchfile is therefore carried out here once, before it leaves the device, skipping
+// the rotations of the originals that came back turned.
 //
 // Everything on the device is input from another machine: PortCopyOrigCopyDir must lie on the
 // device, names are checked before anything is written, links are refused, and a refusal is
@@ -18,7 +26,8 @@ class PortableCopyImport
 {
 public:
     // `refresh` is the main window's Refresh: reload the lists and replay waiting batchfiles.
-    explicit PortableCopyImport(std::function<void()> refresh);
+    // `db` is the open family database (for the excluded family's folder), or nullptr.
+    explicit PortableCopyImport(std::function<void()> refresh, FamilyDatabase *db = nullptr);
 
     // Runs the command; returns the summary shown, empty when nothing was done.
     QString ImportFromPortableCopy();
@@ -33,11 +42,12 @@ public:
 
 private:
     QString originalsFolder(const QString &xfrDir, const QString &deviceIni);
-    int moveOriginals(const QString &folder, const QString &srcDir);
-    int adoptBatchfiles(const QString &xfrDir);
+    int moveOriginals(const QString &folder, const QString &srcDir, QSet<QString> &movedNames);
+    int adoptBatchfiles(const QString &xfrDir, const QSet<QString> &movedNames);
     void deleteUndoFiles(const QString &xfrDir);
 
     std::function<void()> m_refresh;
+    FamilyDatabase *m_db;
 };
 
 } // namespace quillet

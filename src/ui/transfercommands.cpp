@@ -59,7 +59,7 @@ void TransferCommands::mnuImportUnalloc()
 void TransferCommands::mnuImportFromPortableCopy()
 {
     run(QStringLiteral("mnuImportFromPortableCopy_Click()"), [this] {
-        PortableCopyImport import(m_refresh);
+        PortableCopyImport import(m_refresh, &m_db);
         return import.ImportFromPortableCopy();
     });
 }

@@ -284,7 +284,9 @@ private Q_SLOTS:
         appState().isPortableCopy = false;
         m_pc->activate();
         QCOMPARE(runImport({true, true}), QStringLiteral("3 files imported"));
-        QCOMPARE(fileBytes(m_pc->src() + "/IMG_0500.jpg"), photo);
+        // Carried out here as on the device: tagged in the Source Dir, copied into the Target Dir.
+        QCOMPARE(fileBytes(m_pc->src() + "/IMG_0500(#4#).jpg"), photo);
+        QCOMPARE(fileBytes(m_pc->tgt() + "/Dora/IMG_0500.jpg"), photo);
         QStringList journals = filesIn(AppPaths::dataDir(), QStringLiteral("_Batchfile_*_A.log"));
         QCOMPARE(journals.size(), 1);
         const QByteArray journal = fileBytes(AppPaths::dataFile(journals.first()));

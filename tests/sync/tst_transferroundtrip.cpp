@@ -9,6 +9,7 @@
 #include "sync/portablecopyimport.h"
 #include "sync/unallocatedtransfer.h"
 #include "workspace/allocationsave.h"
+#include "workspace/photooperations.h"
 #include "workspace/workspace.h"
 
 #include <QCryptographicHash>
@@ -38,7 +39,9 @@ QStringList names(const QString &folder)
     return QDir(folder).entryList(QDir::Files, QDir::Name);
 }
 
-// Saves on the active PC, one Save per step: the photos named to the one family.
+// Works on the active PC, one step at a time: a Save of the photos named to the one family, or
+// (family kTurn) a quarter turn of them anticlockwise.
+constexpr int kTurn = 0;
 void allocate(FamilyDatabase &db, const QList<QPair<QStringList, int>> &steps)
 {
     Batchfile::InitBatchfile();
@@ -54,6 +57,10 @@ void allocate(FamilyDatabase &db, const QList<QPair<QStringList, int>> &steps)
         ws.LoadFamilies(false, false, false, false, false);
         for (int i = 0; i < ws.sourceList().rowCount(); ++i)
             ws.sourceList().setSelected(i, photos.contains(ws.sourceList().at(i).text));
+        if (family == kTurn) {
+            QVERIFY(PhotoOperations(ws).RotateSelected(false));
+            continue;
+        }
         ws.familyList().clearSelection();
         ws.familyList().setSelected(ws.familyList().positionOfId(family), true);
         save.Save();
@@ -149,19 +156,34 @@ private Q_SLOTS:
         QCOMPARE(m_f->port.unexpectedQuestions, 0);
     }
 
-    // A portable copy belonging to A allocates; its work is imported on A, sent on, replayed on B.
-    void portableCopyWorkReachesB()
+    // A portable copy belonging to A takes the photos that A and B have on a trip, turns two and
+    // allocates one of them; its work comes home to A, which sends it on to B. All three
+    // installations end alike: the same target trees, the same names and bytes in the Source Dir.
+    void portableCopyWorkReachesAllInstallations()
     {
         PcHome &a = m_f->a, &b = m_f->b;
         const QString device = m_f->env.path(QStringLiteral("device"));
         const QString originals = device + QStringLiteral("/Originals");
+        photos(a.src(), 3);
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
             addFamily(db, 3, QStringLiteral("Ann"));
+            UnallocatedTransfer transfer(db, {});
+            QVERIFY(transfer.ExportUnalloc({a.src() + "/P1.jpg", a.src() + "/P2.jpg", a.src() + "/P3.jpg"})
+                        .startsWith(QLatin1String("3 files exported")));
         }
+        b.activate();
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            m_f->port.answer(true); // import the files
+            QVERIFY(UnallocatedTransfer(db, {}).ImportUnalloc().startsWith(QLatin1String("3 files imported")));
+        }
+        a.activate();
         const QString dbOfA = FamilyDatabase::DbPath();
-        // The portable copy: its data folder on the device, its administrator file, A's families.
+        // The portable copy: its data folder on the device, its administrator file, A's families,
+        // the same photos.
         qputenv("XDG_DATA_HOME", device.toUtf8());
         qputenv("HOME", (m_f->env.root() + "/P/home").toUtf8());
         QVERIFY(QDir().mkpath(AppPaths::dataDir()));
@@ -173,46 +195,120 @@ private Q_SLOTS:
         for (const auto &[key, value] : QList<QPair<QString, QString>>{
                  {"SrcDir", pSrc}, {"TgtDir", pTgt}, {"Thumbnails", "0"}, {"SrcDirInclSubs", "1"}})
             WriteSetting(key, value);
-        photos(pSrc, 2);
+        photos(pSrc, 3);
         QCOMPARE(ReadSetting(QStringLiteral("PCname")), QStringLiteral("A"));
         QVERIFY(IsPortableCopy());
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
-            allocate(db, {{{"P1.jpg", "P2.jpg"}, 3}});
+            allocate(db, {{{"P1.jpg", "P3.jpg"}, kTurn}, {{"P1.jpg", "P2.jpg"}, 3}});
         }
         QCOMPARE(names(originals), (QStringList{"P1.jpg", "P2.jpg"}));
+        const QByteArray turnedP1 = fileBytes(originals + "/P1.jpg"), turnedP3 = fileBytes(pSrc + "/P3.jpg");
+        QVERIFY(turnedP1 != fileBytes(a.src() + "/P1.jpg"));
 
-        // Home on A: the photos into the Source Dir, the journal adopted, then both sent on.
+        // Home on A: the photos into the Source Dir, the journal carried out here and adopted.
         appState().isPortableCopy = false;
         a.activate();
         WriteSetting(QStringLiteral("PortableCopyXfrDir"), device + QStringLiteral("/Quillet"));
         m_f->port.answer(true); // the device
         m_f->port.answer(true); // its files
-        const QString imported = PortableCopyImport({}).ImportFromPortableCopy();
-        QVERIFY2(imported == QStringLiteral("2 files imported"), qPrintable(m_f->port.texts().join("\n")));
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
-            QCOMPARE(UnallocatedTransfer(db, {}).ExportUnalloc({a.src() + "/P1.jpg", a.src() + "/P2.jpg"})
-                         .section(QStringLiteral("\r\n"), 0, 0),
-                     QStringLiteral("2 files exported"));
-            m_f->port.answer(true); // create the transfer folder
-            QCOMPARE(BatchfileTransfer().ExportBatchfiles().section(QStringLiteral("\r\n"), 0, 0),
-                     QStringLiteral("1 file exported"));
+            const QString imported = PortableCopyImport({}, &db).ImportFromPortableCopy();
+            QVERIFY2(imported == QStringLiteral("2 files imported"), qPrintable(m_f->port.texts().join("\n")));
         }
+        QCOMPARE(tree(a.tgt()), tree(pTgt));
+        QCOMPARE(names(a.src()), (QStringList{"P1(#3#).jpg", "P2(#3#).jpg", "P3.jpg"}));
+        QCOMPARE(fileBytes(a.src() + "/P1(#3#).jpg"), turnedP1); // came back turned, not turned again
+        QCOMPARE(fileBytes(a.src() + "/P3.jpg"), turnedP3);      // turned here as on the device
+        QVERIFY(BatchfileProcessing::FindBatchfiles(QStringLiteral("A")).isEmpty());
+        m_f->port.answer(true); // create the transfer folder
+        QCOMPARE(BatchfileTransfer().ExportBatchfiles().section(QStringLiteral("\r\n"), 0, 0),
+                 QStringLiteral("1 file exported"));
+
         b.activate();
         {
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
-            m_f->port.answer(true); // import the files
-            QVERIFY(UnallocatedTransfer(db, {}).ImportUnalloc().startsWith(QLatin1String("2 files imported")));
             m_f->port.answer(true); // process A's (the portable copy's) batchfile
             QCOMPARE(importBatchfiles(db).section(QStringLiteral("\r\n"), 0, 0), QStringLiteral("1 file imported"));
         }
         QCOMPARE(tree(b.tgt()).keys(), (QStringList{"Ann/P1.jpg", "Ann/P2.jpg"}));
         QCOMPARE(tree(b.tgt()), tree(pTgt));
-        QCOMPARE(names(b.src()), (QStringList{"P1(#3#).jpg", "P2(#3#).jpg"}));
+        QCOMPARE(tree(b.src()), tree(a.src()));
+        QCOMPARE(m_f->port.unexpectedQuestions, 0);
+    }
+
+    // An import cut off after the journal was carried out here but before it left the device: the
+    // next import takes it over without turning a photo twice or copying anything again.
+    void interruptedImportCarriesOutOnce()
+    {
+        PcHome &a = m_f->a;
+        photos(a.src(), 2);
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            addFamily(db, 3, QStringLiteral("Ann"));
+        }
+        const QString xfr = m_f->env.path(QStringLiteral("device/Quillet"));
+        writeBytes(xfr + "/quillet.ini", "[Settings]\r\nPortCopyOrigCopyDir=" + xfr.toUtf8() + "/Originals\r\n");
+        QDir().mkpath(xfr + "/Originals");
+        const QByteArray journal = "C:\\src\r\nC:\\tgt\r\nNumber of times processed: 0\r\n"
+                                   "RSR\r\nP2.jpg\r\nRSR\r\nP1.jpg\r\nCS\r\nP1.jpg\r\nAnn\\P1.jpg\r\nNS\r\nP1.jpg\r\nP1(#3#).jpg\r\n";
+        const QString name = QStringLiteral("_Batchfile_241103101500_A.log");
+        writeBytes(xfr + "/" + name, journal);
+        WriteSetting(QStringLiteral("PortableCopyXfrDir"), xfr);
+        const QByteArray unturned = fileBytes(a.src() + "/P1.jpg"), unturnedP2 = fileBytes(a.src() + "/P2.jpg");
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            // The first import carries the journal out, then is cut off: its batchfile is put back
+            // on the device as if the move had never happened.
+            m_f->port.answer(true);
+            m_f->port.answer(true);
+            QCOMPARE(PortableCopyImport({}, &db).ImportFromPortableCopy(), QStringLiteral("0 files imported"));
+            const QByteArray turned = fileBytes(a.src() + "/P1(#3#).jpg");
+            QVERIFY(!turned.isEmpty() && turned != unturned);
+            QCOMPARE(fileBytes(a.tgt() + "/Ann/P1.jpg"), turned);
+            const QByteArray turnedP2 = fileBytes(a.src() + "/P2.jpg");
+            QVERIFY(turnedP2 != unturnedP2);
+            QVERIFY(QFile::rename(AppPaths::dataFile(name), xfr + "/" + name));
+            m_f->port.answer(true);
+            m_f->port.answer(true);
+            m_f->port.answer(false); // the sources not found: not now
+            QCOMPARE(PortableCopyImport({}, &db).ImportFromPortableCopy(), QStringLiteral("0 files imported"));
+            QCOMPARE(fileBytes(a.src() + "/P1(#3#).jpg"), turned);
+            QCOMPARE(fileBytes(a.tgt() + "/Ann/P1.jpg"), turned);
+            QCOMPARE(fileBytes(a.src() + "/P2.jpg"), turnedP2);
+        }
+        QCOMPARE(fileBytes(AppPaths::dataFile(name)), journal);
+        QVERIFY(!QFileInfo::exists(xfr + "/" + name));
+
+        // Stopped by the user in the middle of a journal: it stays on the device, and the next
+        // import finishes it.
+        const QString second = QStringLiteral("_Batchfile_241104101500_A.log");
+        writeBytes(xfr + "/" + second, "C:\\src\r\nC:\\tgt\r\nNumber of times processed: 0\r\n"
+                                       "CS\r\nP2.jpg\r\nAnn\\P2.jpg\r\nNS\r\nP2.jpg\r\nP2(#3#).jpg\r\n");
+        {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
+            m_f->port.cancelAtPosition = 1;
+            m_f->port.answer(true);
+            m_f->port.answer(true);
+            QCOMPARE(PortableCopyImport({}, &db).ImportFromPortableCopy(), QStringLiteral("0 files imported"));
+            QVERIFY(m_f->port.texts().filter(QStringLiteral("The import was stopped. 1 batchfile of the Portable Copy")).size() == 1);
+            QVERIFY(QFileInfo::exists(xfr + "/" + second));
+            QVERIFY(QFileInfo::exists(a.src() + "/P2.jpg"));
+            m_f->port.cancelAtPosition = 0;
+            m_f->port.answer(true);
+            m_f->port.answer(true);
+            QCOMPARE(PortableCopyImport({}, &db).ImportFromPortableCopy(), QStringLiteral("0 files imported"));
+        }
+        QVERIFY(!QFileInfo::exists(xfr + "/" + second));
+        QCOMPARE(names(a.src()), (QStringList{"P1(#3#).jpg", "P2(#3#).jpg"}));
+        QCOMPARE(names(a.tgt() + "/Ann"), (QStringList{"P1.jpg", "P2.jpg"}));
         QCOMPARE(m_f->port.unexpectedQuestions, 0);
     }
 };
