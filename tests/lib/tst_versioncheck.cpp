@@ -4,8 +4,7 @@
 #include "lib/error.h"
 #include "lib/internetpage.h"
 #include "lib/versioncheck.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -73,20 +72,17 @@ const QString kSorry = QStringLiteral("Sorry, there was an error checking versio
 
 } // namespace
 
-class TestVersionCheck : public QObject
+class TestVersionCheck : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     TestServer *m_server = nullptr;
 
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
+        HomeTest::init();
         m_env->dataDir();
-        m_port = new ScriptedPrompt;
         m_server = new TestServer;
         QVERIFY(m_server->start());
         WriteSetting(QStringLiteral("VersionCheckHost"), m_server->host());
@@ -94,8 +90,7 @@ private Q_SLOTS:
     void cleanup()
     {
         delete m_server;
-        delete m_port;
-        delete m_env;
+        HomeTest::cleanup();
     }
 
     void outcomes_data()

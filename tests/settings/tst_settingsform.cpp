@@ -3,8 +3,7 @@
 #include "lib/appstate.h"
 #include "app/familydatabase.h"
 #include "settings/settingsform.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "sync/batchfilejournal.h"
 
 #include <QDir>
@@ -16,36 +15,28 @@
 using namespace quillet;
 using namespace quillet::test;
 
-
-class TestSettingsForm : public QObject
+class TestSettingsForm : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     FamilyDatabase *m_db = nullptr;
     SettingsForm *m_form = nullptr;
 
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         m_db = new FamilyDatabase;
         QVERIFY(m_db->OpenDatabase());
         m_form = new SettingsForm;
-        appState().isPortableCopy = false;
         appState().systemLoaded = true;
     }
     void cleanup()
     {
         delete m_form;
         delete m_db;
-        delete m_port;
-        delete m_env;
-        appState().isPortableCopy = false;
-        Batchfile::SetCurrentPath(QString());
+        HomeTest::cleanup();
     }
 
     void loadWritesDefaults()
