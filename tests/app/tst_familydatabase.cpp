@@ -282,9 +282,7 @@ private Q_SLOTS:
         QVERIFY(db.OpenDatabase());
         addFamilies(db);
         db.WriteFamilyIDsCsv();
-        QFile csv(m_env->path(QStringLiteral("src/_FamilyIDs.csv")));
-        QVERIFY(csv.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = csv.readAll().split('\n');
+        const QList<QByteArray> lines = fileBytes(m_env->path(QStringLiteral("src/_FamilyIDs.csv"))).split('\n');
         QCOMPARE(lines.size(), int(std::size(kFamilies)) + 1);
         QCOMPARE(lines[0], QByteArray("1,\"zoe\",\"Adams\",\"Mary Adams\",\"Current\"\r"));
         QCOMPARE(lines[2], QByteArray("3,\"(Staff)\",#NULL#,#NULL#,\"Current\"\r"));
@@ -369,9 +367,7 @@ private Q_SLOTS:
             QVERIFY2(e.description().endsWith(QStringLiteral("File: ") + old), qPrintable(e.description()));
         }
         QFile::setPermissions(old, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        QFile csv(old);
-        QVERIFY(csv.open(QIODevice::ReadOnly));
-        QCOMPARE(csv.readAll(), QByteArray("old\r\n"));
+        QCOMPARE(fileBytes(old), QByteArray("old\r\n"));
     }
 
     void csvWithoutSourceDirFails()

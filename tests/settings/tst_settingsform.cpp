@@ -180,9 +180,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(Batchfile::CurrentName(QStringLiteral("Office"))));
         QCOMPARE(QDir(AppPaths::dataDir()).entryList({QStringLiteral("_Batchfile_*_Office.log")}).size(), 1);
 
-        QFile flag(AppPaths::dataFile(QStringLiteral("_Flag_SrcDirChg.log")));
-        QVERIFY(flag.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = flag.readAll().split('\n');
+        const QList<QByteArray> lines = fileBytes(AppPaths::dataFile(QStringLiteral("_Flag_SrcDirChg.log"))).split('\n');
         QCOMPARE(lines.size(), 3);
         QVERIFY(lines[0].startsWith("..\\") && lines[0].endsWith("src\r"));
         QVERIFY(lines[1].startsWith("..\\") && lines[1].endsWith("src2\r"));

@@ -57,9 +57,7 @@ class TestDiskFaults : public QObject
             }
             const QString name = QStringLiteral("P%1.jpg").arg(i);
             QVERIFY(image.save(m_fx->src(name), "JPG", 95));
-            QFile f(m_fx->src(name));
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            m_photos.insert(name, f.readAll());
+            m_photos.insert(name, fileBytes(m_fx->src(name)));
         }
         m_fx->family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
         m_fx->family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
