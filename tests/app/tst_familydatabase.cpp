@@ -3,8 +3,7 @@
 #include "lib/apppaths.h"
 #include "lib/error.h"
 #include "lib/texthelpers.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QDir>
 #include <QFile>
@@ -42,12 +41,9 @@ const Fam kFamilies[] = {
 
 } // namespace
 
-class TestFamilyDatabase : public QObject
+class TestFamilyDatabase : public HomeTest
 {
     Q_OBJECT
-
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
 
     void provision()
     {
@@ -73,6 +69,13 @@ class TestFamilyDatabase : public QObject
         QVERIFY(db.connection().commit());
     }
 
+    void openWithFamilies(FamilyDatabase &db)
+    {
+        provision();
+        QVERIFY(db.OpenDatabase());
+        addFamilies(db);
+    }
+
     static QString duplicateCheck(const QVariant &first, const QVariant &last, int exceptId)
     {
         QString where = lib_AddWhere(QStringLiteral("FirstName"), QStringLiteral("="), first, QString());
@@ -90,17 +93,6 @@ class TestFamilyDatabase : public QObject
     }
 
 private Q_SLOTS:
-    void init()
-    {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
-    }
-
     void freshDatabaseHasOneParameterRow()
     {
         provision();
@@ -267,19 +259,15 @@ private Q_SLOTS:
     {
         QFETCH(QString, sql);
         QFETCH(QList<int>, order);
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        openWithFamilies(db);
         QCOMPARE(ids(db.select(sql)), order);
     }
 
     void textComparesWithoutCase()
     {
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        openWithFamilies(db);
         QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [FirstName]='ÉMILE'"))), QList<int>{2});
         QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [FirstName] LIKE 'éd*'"))), QList<int>{8});
         QVERIFY_THROWS_EXCEPTION(Error, db.select(QStringLiteral("SELECT * FROM nowhere")));
@@ -294,9 +282,7 @@ private Q_SLOTS:
         QVERIFY(db.OpenDatabase());
         addFamilies(db);
         db.WriteFamilyIDsCsv();
-        QFile csv(m_env->path(QStringLiteral("src/_FamilyIDs.csv")));
-        QVERIFY(csv.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = csv.readAll().split('\n');
+        const QList<QByteArray> lines = fileBytes(m_env->path(QStringLiteral("src/_FamilyIDs.csv"))).split('\n');
         QCOMPARE(lines.size(), int(std::size(kFamilies)) + 1);
         QCOMPARE(lines[0], QByteArray("1,\"zoe\",\"Adams\",\"Mary Adams\",\"Current\"\r"));
         QCOMPARE(lines[2], QByteArray("3,\"(Staff)\",#NULL#,#NULL#,\"Current\"\r"));
@@ -305,10 +291,8 @@ private Q_SLOTS:
 
     void datesCompareAsStored()
     {
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        openWithFamilies(db);
         db.exec(QStringLiteral("UPDATE tblFamilies SET StartDate=?, EndDate=? WHERE FamilyID=5"),
                 {QDate(2016, 3, 15), QDateTime(QDate(2016, 7, 1), QTime(17, 30))});
         const auto query = [&db](const QString &condition, const QVariant &date) {
@@ -327,10 +311,8 @@ private Q_SLOTS:
 
     void newFamilyGetsItsKey()
     {
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        openWithFamilies(db);
         const qint64 id = db.insert(QStringLiteral("INSERT INTO tblFamilies (FirstName, [Current]) VALUES (?, ?)"),
                                     {QStringLiteral("Tom"), true});
         QCOMPARE(id, 9);
@@ -385,9 +367,7 @@ private Q_SLOTS:
             QVERIFY2(e.description().endsWith(QStringLiteral("File: ") + old), qPrintable(e.description()));
         }
         QFile::setPermissions(old, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        QFile csv(old);
-        QVERIFY(csv.open(QIODevice::ReadOnly));
-        QCOMPARE(csv.readAll(), QByteArray("old\r\n"));
+        QCOMPARE(fileBytes(old), QByteArray("old\r\n"));
     }
 
     void csvWithoutSourceDirFails()

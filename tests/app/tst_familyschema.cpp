@@ -3,8 +3,7 @@
 #include "app/familydatabase.h"
 #include "app/sqlitecollation.h"
 #include "families/familyeditor.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QDir>
 #include <QProcess>
@@ -65,12 +64,9 @@ std::optional<QString> shell(const QString &path, const QString &sql)
 
 } // namespace
 
-class TestFamilySchema : public QObject
+class TestFamilySchema : public HomeTest
 {
     Q_OBJECT
-
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
 
     void makeFirstLayout()
     {
@@ -98,15 +94,9 @@ class TestFamilySchema : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         if (QStandardPaths::findExecutable(QStringLiteral("sqlite3")).isEmpty())
             QSKIP("the sqlite3 shell is not installed (Debian package sqlite3)");
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
     }
 
     void firstLayoutIsRebuiltOnceKeepingEverything()

@@ -22,12 +22,6 @@ void writeRaw(const QString &path, const QByteArray &bytes)
     f.write(bytes);
 }
 
-QByteArray readRaw(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 } // namespace
 
 class TestSettingsStore : public QObject
@@ -119,7 +113,7 @@ private Q_SLOTS:
                  "; staff notes\r\n[Other]\r\nSrcDir=keep\r\n\r\n[settings]\r\nsrcdir=/old\r\nThumbnails=0\r\n");
         WriteSetting(QStringLiteral("SrcDir"), QStringLiteral("/new"));
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Frontdesk"));
-        QCOMPARE(readRaw(AppPaths::userIni()),
+        QCOMPARE(fileBytes(AppPaths::userIni()),
                  QByteArray("; staff notes\r\n[Other]\r\nSrcDir=keep\r\n\r\n[settings]\r\nSrcDir=/new\r\n"
                             "Thumbnails=0\r\nPCname=Frontdesk\r\n"));
         QVERIFY(!QFile::exists(AppPaths::adminIni())); // never written

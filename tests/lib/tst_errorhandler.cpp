@@ -161,9 +161,7 @@ private Q_SLOTS:
         env.dataDir();
         DebugLog(QStringLiteral("first"));
         DebugLog(QStringLiteral("second"));
-        QFile f(GetDebugLogPath());
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = f.readAll().split('\n');
+        const QList<QByteArray> lines = fileBytes(GetDebugLogPath()).split('\n');
         QCOMPARE(lines.size(), 3);
         QVERIFY(lines[0].endsWith("first\r"));
         QVERIFY(lines[1].endsWith("second\r"));
@@ -180,9 +178,7 @@ private Q_SLOTS:
         appState().systemLoaded = true;
         DebugLogTiming(QStringLiteral("LoadFamilies"));
         appState().systemLoaded = false;
-        QFile f(GetDebugLogPath());
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        const QByteArray all = f.readAll();
+        const QByteArray all = fileBytes(GetDebugLogPath());
         QVERIFY(all.contains("LoadSource: \t00:00."));
         QVERIFY(!all.contains("LoadFamilies"));
     }

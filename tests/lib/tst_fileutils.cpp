@@ -1,8 +1,7 @@
 #include "lib/appstate.h"
 #include "lib/error.h"
 #include "lib/fileutils.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -26,33 +25,13 @@ QStringList trashed()
     return QDir(files).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
-QByteArray contents(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 } // namespace
 
-class TestFileUtils : public QObject
+class TestFileUtils : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
-
 private Q_SLOTS:
-    void init()
-    {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
-    }
-
     void killMissingFileIsTrue()
     {
         QVERIFY(lib_KillFile(m_env->path(QStringLiteral("nothing.jpg"))));
@@ -94,7 +73,7 @@ private Q_SLOTS:
         const QString a = m_env->writeFile(QStringLiteral("a.jpg"), "A");
         const QDateTime before = QFileInfo(a).lastModified();
         QVERIFY(!lib_CopyFile(a, a, true));
-        QCOMPARE(contents(a), QByteArray("A"));
+        QCOMPARE(fileBytes(a), QByteArray("A"));
         QCOMPARE(QFileInfo(a).lastModified(), before);
     }
 
@@ -106,10 +85,10 @@ private Q_SLOTS:
         const QString tgt = m_env->writeFile(QStringLiteral("tgt/p.jpg"), "OLD");
 
         QVERIFY(!lib_CopyFile(src, tgt, false));
-        QCOMPARE(contents(tgt), QByteArray("OLD"));
+        QCOMPARE(fileBytes(tgt), QByteArray("OLD"));
 
         QVERIFY(lib_CopyFile(src, tgt, true));
-        QCOMPARE(contents(tgt), QByteArray("NEW"));
+        QCOMPARE(fileBytes(tgt), QByteArray("NEW"));
         QCOMPARE(QFileInfo(tgt).lastModified(), stamp);
         QCOMPARE(trashed(), QStringList{QStringLiteral("p.jpg")}); // the old target is recoverable
         QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList{"p.jpg"});
@@ -156,7 +135,7 @@ private Q_SLOTS:
             return true;
         };
         QVERIFY(lib_CopyFile(src, target, false, withProgress ? progress : CopyProgress()));
-        QCOMPARE(contents(target), bytes);
+        QCOMPARE(fileBytes(target), bytes);
         if (withProgress && size > 0)
             QCOMPARE(reported, qint64(size));
     }
@@ -189,7 +168,7 @@ private Q_SLOTS:
             QVERIFY(e.description().contains(QStringLiteral("Tgt=") + m_env->path(QStringLiteral("unplugged/a.~"))));
         }
         QVERIFY(!QFileInfo::exists(m_env->path(QStringLiteral("unplugged"))));
-        QCOMPARE(contents(src), QByteArray("A"));
+        QCOMPARE(fileBytes(src), QByteArray("A"));
         QVERIFY(appState().pendingTempCopy.isEmpty());
         QVERIFY(!appState().lastSystemError.isEmpty());
     }
@@ -202,7 +181,7 @@ private Q_SLOTS:
         for (int n = 0; n < 300; ++n) {
             const QString target = m_env->path(QStringLiteral("db/quilletData.~%1").arg(n % 100, 2, 10, QLatin1Char('0')));
             QVERIFY(lib_CopyFile(src, target, false));
-            QCOMPARE(contents(target), QByteArray("DATABASE"));
+            QCOMPARE(fileBytes(target), QByteArray("DATABASE"));
             QVERIFY(QFile::remove(target));
         }
     }

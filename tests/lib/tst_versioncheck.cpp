@@ -4,8 +4,7 @@
 #include "lib/error.h"
 #include "lib/internetpage.h"
 #include "lib/versioncheck.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -73,20 +72,17 @@ const QString kSorry = QStringLiteral("Sorry, there was an error checking versio
 
 } // namespace
 
-class TestVersionCheck : public QObject
+class TestVersionCheck : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     TestServer *m_server = nullptr;
 
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
+        HomeTest::init();
         m_env->dataDir();
-        m_port = new ScriptedPrompt;
         m_server = new TestServer;
         QVERIFY(m_server->start());
         WriteSetting(QStringLiteral("VersionCheckHost"), m_server->host());
@@ -94,8 +90,7 @@ private Q_SLOTS:
     void cleanup()
     {
         delete m_server;
-        delete m_port;
-        delete m_env;
+        HomeTest::cleanup();
     }
 
     void outcomes_data()
@@ -179,9 +174,7 @@ private Q_SLOTS:
         QCOMPARE(m_server->requests.size(), 1);
         QCOMPARE(m_port->lastText(), kSorry);
         // The failure is in the debug log, under the call that failed.
-        QFile log(AppPaths::debugLog());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QVERIFY(log.readAll().contains(":ConnectToHTTPHost():QNetworkAccessManager::get (http://127.0.0.1:"));
+        QVERIFY(fileBytes(AppPaths::debugLog()).contains(":ConnectToHTTPHost():QNetworkAccessManager::get (http://127.0.0.1:"));
     }
 
     void notFoundIsLoggedWithItsStatusText()
@@ -214,13 +207,6 @@ private Q_SLOTS:
                  VersionCheckOutcome::Failed);
         QVERIFY(m_server->requests.size() > lib_clsHTTP::kMaxRedirects);
         QCOMPARE(m_port->lastText(), kSorry);
-    }
-
-    void defaultHostWhenTheSettingIsEmpty()
-    {
-        QVERIFY(!DefaultVersionCheckHost().isEmpty());
-        QVERIFY(VersionCheckUrl(DefaultVersionCheckHost(), QStringLiteral("Quillet"), QStringLiteral("1.0"))
-                    .startsWith(QStringLiteral("http://") + DefaultVersionCheckHost() + QStringLiteral("/Downloads/")));
     }
 
     void pageRules_data()
@@ -285,17 +271,8 @@ private Q_SLOTS:
         QCOMPARE(http.StatusCode(), 200);
         QCOMPARE(http.SizeOfFile(), 9);
         QVERIFY(http.WriteHTTPDataToFile());
-        QFile f(other), old(existing);
-        QVERIFY(f.open(QIODevice::ReadOnly) && old.open(QIODevice::ReadOnly));
-        QCOMPARE(f.readAll(), QByteArray("file body"));
-        QCOMPARE(old.readAll(), QByteArray("old"));
-    }
-
-    void statusTexts()
-    {
-        QCOMPARE(lib_clsHTTP::StatusText(404), QStringLiteral("Object not found. Bad URL."));
-        QCOMPARE(lib_clsHTTP::StatusText(307), QStringLiteral("HTTP/1.1: keep same verb"));
-        QCOMPARE(lib_clsHTTP::StatusText(200), QString());
+        QCOMPARE(fileBytes(other), QByteArray("file body"));
+        QCOMPARE(fileBytes(existing), QByteArray("old"));
     }
 };
 

@@ -3,8 +3,7 @@
 #include "lib/appstate.h"
 #include "app/familydatabase.h"
 #include "settings/settingsform.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "sync/batchfilejournal.h"
 
 #include <QDir>
@@ -16,36 +15,28 @@
 using namespace quillet;
 using namespace quillet::test;
 
-
-class TestSettingsForm : public QObject
+class TestSettingsForm : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     FamilyDatabase *m_db = nullptr;
     SettingsForm *m_form = nullptr;
 
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         m_db = new FamilyDatabase;
         QVERIFY(m_db->OpenDatabase());
         m_form = new SettingsForm;
-        appState().isPortableCopy = false;
         appState().systemLoaded = true;
     }
     void cleanup()
     {
         delete m_form;
         delete m_db;
-        delete m_port;
-        delete m_env;
-        appState().isPortableCopy = false;
-        Batchfile::SetCurrentPath(QString());
+        HomeTest::cleanup();
     }
 
     void loadWritesDefaults()
@@ -189,9 +180,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(Batchfile::CurrentName(QStringLiteral("Office"))));
         QCOMPARE(QDir(AppPaths::dataDir()).entryList({QStringLiteral("_Batchfile_*_Office.log")}).size(), 1);
 
-        QFile flag(AppPaths::dataFile(QStringLiteral("_Flag_SrcDirChg.log")));
-        QVERIFY(flag.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = flag.readAll().split('\n');
+        const QList<QByteArray> lines = fileBytes(AppPaths::dataFile(QStringLiteral("_Flag_SrcDirChg.log"))).split('\n');
         QCOMPARE(lines.size(), 3);
         QVERIFY(lines[0].startsWith("..\\") && lines[0].endsWith("src\r"));
         QVERIFY(lines[1].startsWith("..\\") && lines[1].endsWith("src2\r"));

@@ -72,6 +72,12 @@ QString TestEnv::writeFile(const QString &relative, const QByteArray &bytes) con
     return p;
 }
 
+QByteArray fileBytes(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
 QString TestEnv::corpusDir()
 {
     // QUILLET_CORPUS_DIR in the environment wins, so a clone kept elsewhere can still point at the

@@ -49,4 +49,7 @@ private:
     QByteArray m_saved[4];
 };
 
+// The bytes of a file; empty when it cannot be read.
+QByteArray fileBytes(const QString &path);
+
 } // namespace quillet::test

@@ -1,8 +1,7 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "sync/batchfilejournal.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,12 +11,6 @@ using namespace quillet;
 using namespace quillet::test;
 
 namespace {
-
-QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 void writeLines(const QString &path, int count)
 {
@@ -34,12 +27,10 @@ QStringList batchfiles()
 
 } // namespace
 
-class TestBatchfileJournal : public QObject
+class TestBatchfileJournal : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     int m_replays = 0;
 
     void runInit() { Batchfile::InitBatchfile([this] { ++m_replays; }); }
@@ -47,20 +38,13 @@ class TestBatchfileJournal : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
+        HomeTest::init();
         m_env->dataDir();
-        m_port = new ScriptedPrompt;
         m_replays = 0;
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Frontdesk"));
         WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
         WriteSetting(QStringLiteral("TgtDir"), m_env->path(QStringLiteral("tgt")));
         WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
-    }
-    void cleanup()
-    {
-        Batchfile::SetCurrentPath(QString());
-        delete m_port;
-        delete m_env;
     }
 
     void names()
@@ -133,7 +117,7 @@ private Q_SLOTS:
         const QByteArray expected = m_env->path(QStringLiteral("src")).toUtf8() + "\r\n"
             + m_env->path(QStringLiteral("tgt")).toUtf8() + "\r\nNumber of times processed: 0\r\n"
             + "CS\r\nIMG_1.jpg\r\nAnn Lee\\IMG_1.jpg\r\nNS\r\nIMG_1.jpg\r\nIMG_1(#3#).jpg\r\nDS\r\nsub\\IMG_2.jpg\r\n";
-        QCOMPARE(readAll(Batchfile::CurrentPath()), expected);
+        QCOMPARE(fileBytes(Batchfile::CurrentPath()), expected);
     }
 
     void sourceDirChangeStartsANewBatchfile()
@@ -152,10 +136,10 @@ private Q_SLOTS:
         const QStringList files = batchfiles();
         QCOMPARE(files.size(), 2);
         QVERIFY(files[1].startsWith(QStringLiteral("_Batchfile_999999999999_")));
-        const QByteArray closed = readAll(AppPaths::dataFile(files[0]));
+        const QByteArray closed = fileBytes(AppPaths::dataFile(files[0]));
         QVERIFY(closed.startsWith(QByteArray(m_env->path(QStringLiteral("src")).toUtf8() + "\r\n")));
         QVERIFY(closed.endsWith("DS\r\na.jpg\r\n"));
-        const QByteArray current = readAll(Batchfile::CurrentPath());
+        const QByteArray current = fileBytes(Batchfile::CurrentPath());
         QVERIFY(current.startsWith(QByteArray(m_env->path(QStringLiteral("newsrc")).toUtf8() + "\r\n")));
         QVERIFY(current.endsWith("Number of times processed: 0\r\nDS\r\nb.jpg\r\n"));
     }

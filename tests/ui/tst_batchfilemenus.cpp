@@ -1,8 +1,7 @@
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "support/testjpeg.h"
 #include "sync/batchfilejournal.h"
 #include "sync/batchfilename.h"
@@ -19,12 +18,9 @@ using namespace quillet::test;
 
 // The main window's part in carrying batchfiles: the replay at start-up and on Refresh, the
 // clean-up of old records at start-up, and External > Export/Import batchfiles.
-class TestBatchfileMenus : public QObject
+class TestBatchfileMenus : public HomeTest
 {
     Q_OBJECT
-
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
 
     QString otherPcsBatchfile(const QString &folder, const QByteArray &entries)
     {
@@ -39,20 +35,13 @@ class TestBatchfileMenus : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("PC1"));
         WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
         TestJpeg photo;
         for (const char *name : {"A.jpg", "B.jpg"})
             QVERIFY(writeTestJpeg(m_env->srcDir() + "/" + name, photo));
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
-        Batchfile::SetCurrentPath(QString());
     }
 
     void startUpCleansUpAndReplays()

@@ -4,8 +4,8 @@
 
 #include "app/familydatabase.h"
 #include "families/workbook.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/findchild.h"
+#include "support/hometest.h"
 #include "ui/frmfamilies.h"
 #include "ui/frmmain.h"
 #include "ui/mainmenus.h"
@@ -22,27 +22,14 @@
 using namespace quillet;
 using namespace quillet::test;
 
-class TestFamiliesImport : public QObject
+class TestFamiliesImport : public HomeTest
 {
     Q_OBJECT
-
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_port;
-
-    template<typename T>
-    static T *child(QWidget &w, const char *name)
-    {
-        T *found = w.findChild<T *>(QLatin1String(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
-    }
 
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
-        m_port = std::make_unique<ScriptedPrompt>();
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
@@ -56,8 +43,7 @@ private Q_SLOTS:
     void cleanup()
     {
         QCOMPARE(m_port->unexpectedQuestions, 0);
-        m_port.reset();
-        m_env.reset();
+        HomeTest::cleanup();
     }
 
     void importFromTheEditorShowsTheNewDays()

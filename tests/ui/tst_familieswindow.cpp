@@ -1,8 +1,8 @@
 // The family editor window, opened from the main window as a user does, against a real database.
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/findchild.h"
+#include "support/hometest.h"
 #include "lib/fileutils.h"
 #include "ui/frmfamilies.h"
 #include "ui/frmmain.h"
@@ -21,12 +21,9 @@
 using namespace quillet;
 using namespace quillet::test;
 
-class TestFamiliesWindow : public QObject
+class TestFamiliesWindow : public HomeTest
 {
     Q_OBJECT
-
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
 
     static QStringList mainFamilies(frmMain &w)
     {
@@ -46,15 +43,6 @@ class TestFamiliesWindow : public QObject
         return out;
     }
 
-    template<typename T>
-    static T *child(QWidget &w, const char *name)
-    {
-        T *found = w.findChild<T *>(QLatin1String(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
-    }
-
     // Clicks a check box on its box, as a user does.
     static void tick(QCheckBox *box) { QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2)); }
 
@@ -67,8 +55,7 @@ class TestFamiliesWindow : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
@@ -78,8 +65,7 @@ private Q_SLOTS:
     void cleanup()
     {
         QCOMPARE(m_port->unexpectedQuestions, 0);
-        delete m_port;
-        delete m_env;
+        HomeTest::cleanup();
     }
 
     void addFamilyByTypingAppearsInMainWindow()

@@ -1,62 +1,36 @@
-#include "app/familydatabase.h"
 #include "app/settingsstore.h"
-#include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
-#include "sync/batchfilejournal.h"
+#include "support/windowtest.h"
 #include "ui/frmlargepic.h"
-#include "ui/frmmain.h"
 #include "ui/workspacecontroller.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QLabel>
 #include <QListView>
 #include <QMenuBar>
-#include <QPushButton>
-#include <QTest>
 
 using namespace quillet;
 using namespace quillet::test;
 
 // The main window driven by the keys alone, each key sent to the widget that has the focus.
-class TestKeyboard : public QObject
+class TestKeyboard : public WindowTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     frmMain *m_w = nullptr;
-
-    QString src(const QString &name) const { return m_env->path(QStringLiteral("src/") + name); }
-    QString tgt(const QString &name) const { return m_env->path(QStringLiteral("tgt/") + name); }
 
     void start(bool privacyMarker = false)
     {
-        QVERIFY(m_env->makeInstallation());
-        WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AutoFilterFams"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AssnSubToTgt"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AssnSrcSubToTgt"), QStringLiteral("0"));
+        prepare({{12, "Anna", "Smith"}, {7, "Ben", "Jones"}, {5, "Anna", "Bell"}},
+                {"IMG_0041.jpg", "IMG_0042.jpg", "IMG_0043.jpg", "IMG_0044.jpg"});
         WriteSetting(QStringLiteral("AutoReselPriv"), QStringLiteral("0"));
-        FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        for (const auto &[id, first, last] : {std::tuple{12, "Anna", "Smith"}, std::tuple{7, "Ben", "Jones"},
-                                              std::tuple{5, "Anna", "Bell"}})
-            db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (?,?,?,True)"),
-                    {id, QLatin1String(first), QLatin1String(last)});
         if (privacyMarker) {
+            FamilyDatabase db;
+            QVERIFY(db.OpenDatabase());
             db.WriteParam(QStringLiteral("WebAllowPriv"), 1);
             db.WriteParam(QStringLiteral("PrivacyText"), QStringLiteral("Keep Private"));
-        }
-        db.CloseDatabase();
-        for (const char *name : {"IMG_0041.jpg", "IMG_0042.jpg", "IMG_0043.jpg", "IMG_0044.jpg"}) {
-            QImage image(64, 48, QImage::Format_RGB32);
-            image.fill(Qt::darkCyan);
-            QVERIFY(image.save(src(QLatin1String(name)), "JPG"));
         }
         m_w = new frmMain;
         m_w->show();
@@ -98,19 +72,11 @@ class TestKeyboard : public QObject
     }
 
 private Q_SLOTS:
-    void init()
-    {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
-        appState().isPortableCopy = false;
-    }
     void cleanup()
     {
         delete m_w;
         m_w = nullptr;
-        delete m_port;
-        delete m_env;
-        Batchfile::SetCurrentPath(QString());
+        WindowTest::cleanup();
     }
 
     void firstKeyShowsTheFirstPhoto_data()

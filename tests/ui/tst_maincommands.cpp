@@ -1,22 +1,15 @@
-#include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
-#include "sync/batchfilejournal.h"
+#include "support/windowtest.h"
 #include "ui/aboutbox.h"
 #include "ui/frmdebug.h"
-#include "ui/frmmain.h"
 #include "ui/workspacecontroller.h"
 #include "workspace/commandrules.h"
 
 #include <QAction>
 #include <QDir>
-#include <QImage>
 #include <QLabel>
-#include <QPushButton>
-#include <QTest>
 #include <QTimer>
 #include <QApplication>
 #include <QDialog>
@@ -26,30 +19,11 @@ using namespace quillet::test;
 
 // The availability of the main window's commands, Exit with and without Shift, the maintenance
 // window and the About box, through the real window.
-class TestMainCommands : public QObject
+class TestMainCommands : public WindowTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
-
-    void prepare()
-    {
-        QVERIFY(m_env->makeInstallation());
-        WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AutoFilterFams"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AssnSubToTgt"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AssnSrcSubToTgt"), QStringLiteral("0"));
-        FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (7,'Ben','Jones',True)"));
-        db.CloseDatabase();
-        for (const char *name : {"IMG_0041.jpg", "IMG_0042.jpg"}) {
-            QImage image(64, 48, QImage::Format_RGB32);
-            image.fill(Qt::darkCyan);
-            QVERIFY(image.save(m_env->path(QStringLiteral("src/") + QLatin1String(name)), "JPG"));
-        }
-    }
+    void prepare() { WindowTest::prepare({{7, "Ben", "Jones"}}, {"IMG_0041.jpg", "IMG_0042.jpg"}); }
 
     // Every button and menu entry of a rule, with whether it is enabled.
     static QList<QPair<QString, bool>> states(frmMain &w, CommandRules::Rule rule)
@@ -78,22 +52,8 @@ class TestMainCommands : public QObject
         w.workspace().sourceList().setSelected(position, true);
         w.controller().DisplaySrcFile();
     }
-    static QPushButton *button(QWidget &w, const char *name) { return w.findChild<QPushButton *>(QLatin1String(name)); }
 
 private Q_SLOTS:
-    void init()
-    {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
-        appState().isPortableCopy = false;
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
-        Batchfile::SetCurrentPath(QString());
-    }
-
     void everyCommandOfTheTableIsInTheWindow()
     {
         frmMain w;
@@ -130,7 +90,7 @@ private Q_SLOTS:
         fams.setSelected(fams.positionOfId(7), true);
         expectAll(w, CommandRules::Rule::SaveAllowed, true);
         QTest::mouseClick(button(w, "cmdSave"), Qt::LeftButton);
-        QVERIFY(QFile::exists(m_env->path(QStringLiteral("src/IMG_0041(#7#).jpg"))));
+        QVERIFY(QFile::exists(src(QStringLiteral("IMG_0041(#7#).jpg"))));
         // The next photo is on view after the first Save: both repeat commands are offered.
         QVERIFY(!w.workspace().sourceList().selectedRows().isEmpty());
         expectAll(w, CommandRules::Rule::SaveMade, true);
@@ -146,7 +106,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("filled"); // settings given a folder
         QTest::newRow("none") << QStringList{};
         QTest::newRow("batch transfer") << QStringList{QStringLiteral("BatchXfrDir")};
-        QTest::newRow("web and cd") << QStringList{QStringLiteral("WebTgtDir"), QStringLiteral("CdTgtDir")};
+        QTest::newRow("web only") << QStringList{QStringLiteral("WebTgtDir")};
         QTest::newRow("portable") << QStringList{QStringLiteral("PortableCopyXfrDir")};
         QTest::newRow("all") << QStringList{QStringLiteral("BatchXfrDir"), QStringLiteral("WebTgtDir"),
                                             QStringLiteral("CdTgtDir"), QStringLiteral("PortableCopyXfrDir")};
@@ -270,7 +230,7 @@ private Q_SLOTS:
         const QStringList lines = m_port->clipboard.split(QStringLiteral("\r\n"));
         QCOMPARE(lines.size(), 4);
         QCOMPARE(lines.at(1), QStringLiteral("Path\\File,File No FamIDs,Allocated"));
-        QCOMPARE(lines.at(2), m_env->path(QStringLiteral("src/IMG_0041.jpg")) + QStringLiteral(",IMG_0041.jpg,false"));
+        QCOMPARE(lines.at(2), src(QStringLiteral("IMG_0041.jpg")) + QStringLiteral(",IMG_0041.jpg,false"));
         QVERIFY(m_port->unexpectedQuestions == 0);
 
         // Before start-up has finished the user is asked first; No (the default) copies nothing.
@@ -286,8 +246,7 @@ private Q_SLOTS:
     void debugListKeepsTheMainListAsItWas()
     {
         prepare();
-        QVERIFY(QFile::rename(m_env->path(QStringLiteral("src/IMG_0042.jpg")),
-                              m_env->path(QStringLiteral("src/IMG_0042(#7#).jpg"))));
+        QVERIFY(QFile::rename(src(QStringLiteral("IMG_0042.jpg")), src(QStringLiteral("IMG_0042(#7#).jpg"))));
         frmMain w;
         QVERIFY(w.StartUp());
         QCOMPARE(w.workspace().sourceList().rowCount(), 1);

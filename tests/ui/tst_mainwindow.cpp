@@ -2,10 +2,8 @@
 #include "app/startup.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
-#include "lib/inifile.h"
 #include "lib/terminationsignals.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "ui/frmmain.h"
 #include "ui/frmsettings.h"
 #include "app/familydatabase.h"
@@ -28,33 +26,11 @@
 using namespace quillet;
 using namespace quillet::test;
 
-class TestMainWindow : public QObject
+class TestMainWindow : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
-
-    // A data folder with its database and valid Source and Target Dirs: start-up completes.
-    void prepareInstallation()
-    {
-        QVERIFY(m_env->makeInstallation());
-    }
-
 private Q_SLOTS:
-    void init()
-    {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
-        appState().isPortableCopy = false;
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
-        appState().isPortableCopy = false;
-    }
-
     void firstStartAsksForTheFoldersThenLoads()
     {
         QVERIFY(Startup::IsFreshInstallation());
@@ -63,9 +39,7 @@ private Q_SLOTS:
         QVERIFY(w.StartUp());
         QVERIFY(appState().systemLoaded);
         QVERIFY(QFile::exists(FamilyDatabase::DbPath()));
-        for (const auto &[key, value] : SettingDefaults())
-            QCOMPARE(IniFile::read(AppPaths::userIni(), QStringLiteral("Settings"), key), value);
-        QVERIFY(!ReadSetting(QStringLiteral("PCname")).isEmpty());
+        QVERIFY(!ReadSetting(QStringLiteral("PCname")).isEmpty()); // the defaults are in (tst_settingsstore)
         QCOMPARE(m_port->messages().size(), 1);
         QVERIFY(m_port->lastText().contains(QStringLiteral("Source Dir")));
 
@@ -86,7 +60,7 @@ private Q_SLOTS:
 
     void secondStartKeepsUserValues()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
         frmMain w;
@@ -96,6 +70,7 @@ private Q_SLOTS:
         QCOMPARE(ReadSetting(QStringLiteral("TargetResizeQ")), QStringLiteral("3"));
         QVERIFY(m_port->messages().isEmpty());
         QVERIFY(!w.settingsDialog());
+        QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
     }
 
     void missingDatabaseIsFatal()
@@ -109,7 +84,7 @@ private Q_SLOTS:
 
     void debugLogStartsFresh()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         QFile old(AppPaths::debugLog());
         QVERIFY(old.open(QIODevice::WriteOnly));
         old.write("last session\r\n");
@@ -122,7 +97,7 @@ private Q_SLOTS:
 
     void windowRectangleRestoredAndStored()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
         frmMain w;
         w.show();
@@ -136,7 +111,7 @@ private Q_SLOTS:
 
     void minimisedWindowKeepsThePreviousRectangle()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
         frmMain w;
         w.show();
@@ -149,7 +124,7 @@ private Q_SLOTS:
 
     void portableCopyTitle()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         QFile admin(AppPaths::adminIni());
         QVERIFY(admin.open(QIODevice::WriteOnly));
         admin.write("[Settings]\r\nThumbnails=0\r\n");
@@ -174,7 +149,7 @@ private Q_SLOTS:
     void prepEntriesRunTheirVariant()
     {
         QFETCH(bool, cd);
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         for (const char *key : {"WebTgtDir", "CdTgtDir"}) {
             QDir().mkpath(m_env->path(QLatin1String(key)));
             WriteSetting(QLatin1String(key), m_env->path(QLatin1String(key)));
@@ -188,25 +163,6 @@ private Q_SLOTS:
         QVERIFY(m_port->lastText().endsWith(cd ? QStringLiteral("burning to CD/DVD.  Continue?")
                                                : QStringLiteral("upload to the web.  Continue?")));
         QCOMPARE(m_port->actionCaptions.size(), 1);
-    }
-
-    void commandsAfterStart()
-    {
-        prepareInstallation();
-        QDir().mkpath(m_env->path(QStringLiteral("web")));
-        WriteSetting(QStringLiteral("WebTgtDir"), m_env->path(QStringLiteral("web")));
-        frmMain w;
-        w.StartUp();
-        const MainMenus &m = w.menus();
-        QVERIFY(!w.controls().cmdRepeatSelect->isEnabled());
-        QVERIFY(!w.controls().cmdDelete->isEnabled());
-        QVERIFY(!m.mnuFamsBothDays->isEnabled());
-        QVERIFY(m.mnuPrepWebUpload->isEnabled());
-        QVERIFY(!m.mnuPrepCopyToCD->isEnabled());
-        for (QAction *a : {m.mnuExportUnalloc, m.mnuImportUnalloc, m.mnuExportBatchfiles, m.mnuImportBatchfiles})
-            QVERIFY(!a->isEnabled()); // no Batch Transfer Dir
-        QVERIFY(!m.mnuImportFromPortableCopy->isEnabled());
-        QVERIFY(w.controls().lblVersion->text().startsWith(QLatin1Char('v')));
     }
 
     void controlNamesAndCaptions_data()
@@ -239,7 +195,7 @@ private Q_SLOTS:
 
     void helpOpensThePageBesideTheProgram()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         frmMain w;
         w.StartUp();
         QVERIFY(w.menus().mnuHelp->isEnabled());
@@ -252,7 +208,7 @@ private Q_SLOTS:
     // Without a program to open it (no browser), the page shows in a window of the program.
     void helpWithoutABrowserShowsInsideTheProgram()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         frmMain w;
         w.StartUp();
         m_port->openResult = false;
@@ -268,7 +224,7 @@ private Q_SLOTS:
 
     void terminationSignalClosesTheWindow()
     {
-        prepareInstallation();
+        QVERIFY(m_env->makeInstallation());
         frmMain w;
         TerminationSignals signals;
         connect(&signals, &TerminationSignals::terminationRequested, &w, &QWidget::close);

@@ -3,8 +3,7 @@
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "lib/fileutils.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "ui/frmlargepic.h"
 #include "ui/frmmain.h"
 #include "ui/picturebox.h"
@@ -26,12 +25,9 @@ const QDate kTuesday(2024, 3, 5);
 }
 
 // The workspace through the real main window: what a user clicks and reads.
-class TestMainWorkspace : public QObject
+class TestMainWorkspace : public HomeTest
 {
     Q_OBJECT
-
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
 
     QString src(const QString &name) const { return m_env->path(QStringLiteral("src/") + name); }
 
@@ -89,14 +85,8 @@ class TestMainWorkspace : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         prepare();
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
     }
 
     void clickShowsPhotoAndFiltersFamilies()

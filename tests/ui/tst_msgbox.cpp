@@ -1,6 +1,7 @@
 #include <QTime> // errorhandler.h uses QTime without including it
 #include "lib/appstate.h"
 #include "lib/errorhandler.h"
+#include "support/findchild.h"
 #include "ui/frmmsgbox.h"
 
 #include <QApplication>
@@ -13,14 +14,9 @@
 #include <QTimer>
 
 using namespace quillet;
+using namespace quillet::test;
 
 namespace {
-
-template <typename T>
-T *child(const QWidget &box, const char *name)
-{
-    return box.findChild<T *>(QLatin1String(name));
-}
 
 // The message box currently running modally, if any.
 frmMsgBox *runningBox()

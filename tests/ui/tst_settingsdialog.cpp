@@ -2,8 +2,8 @@
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "app/familydatabase.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/findchild.h"
+#include "support/hometest.h"
 #include "ui/frmsettings.h"
 
 #include <QCheckBox>
@@ -20,44 +20,28 @@
 using namespace quillet;
 using namespace quillet::test;
 
-
-class TestSettingsDialog : public QObject
+class TestSettingsDialog : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     FamilyDatabase *m_dbp = nullptr;
-
-    template<typename T>
-    static T *child(QWidget &w, const char *name)
-    {
-        T *c = w.findChild<T *>(QLatin1String(name));
-        if (!c)
-            qWarning("missing control %s", name);
-        return c;
-    }
 
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         m_dbp = new FamilyDatabase;
         QVERIFY(m_dbp->OpenDatabase());
         m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName) VALUES (3, 'Ann', 'Lee')"));
         m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName) VALUES (7, 'Bob')"));
         m_dbp->exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, [Current]) VALUES (8, 'Gone', False)"));
-        appState().isPortableCopy = false;
         WriteSetting(QStringLiteral("ResizeExclFam"), QStringLiteral("7"));
     }
     void cleanup()
     {
         delete m_dbp;
-        delete m_port;
-        delete m_env;
-        appState().isPortableCopy = false;
+        HomeTest::cleanup();
     }
 
     void everyControlIsThere()
@@ -69,9 +53,6 @@ private Q_SLOTS:
                                  "cmdPortableCopyXfrDirLookup", "cmdWebTgtLookup", "cmdCdTgtLookup", "cmdSwapWebDate",
                                  "cmdSwapCdDate", "cmdResetFormSizes", "cmdSave", "cmdCancel", "lblMsg"})
             QVERIFY2(dlg.findChild<QWidget *>(QLatin1String(name)), name);
-        QCOMPARE(child<QLineEdit>(dlg, "txtPCname")->toolTip(),
-                 QStringLiteral("When using batchfiles, each PC needs a unique name"));
-        QCOMPARE(child<QAbstractButton>(dlg, "cmdSwapCdDate")->toolTip(), QStringLiteral("Set max date equal to min date"));
     }
 
     void loadShowsValues()

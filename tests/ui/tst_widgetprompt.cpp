@@ -1,6 +1,7 @@
 #include <QTime> // errorhandler.h uses QTime without including it
 #include "lib/appstate.h"
 #include "lib/errorhandler.h"
+#include "support/findchild.h"
 #include "ui/frmmsgbox.h"
 #include "ui/frmprogressrpt.h"
 #include "ui/widgetprompt.h"
@@ -19,14 +20,9 @@
 #include <functional>
 
 using namespace quillet;
+using namespace quillet::test;
 
 namespace {
-
-template <typename T>
-T *child(const QWidget *parent, const char *name)
-{
-    return parent->findChild<T *>(QLatin1String(name));
-}
 
 // Runs `act` on the next modal dialog of type T, from inside the dialog's own event loop.
 template <typename T>

@@ -16,12 +16,6 @@ class TestDeliveries : public QObject
 
     std::unique_ptr<AllocationFixture> m_fx;
 
-    static QByteArray bytes(const QString &path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
-
     // A JPEG of its own colour, so two photos of one name are told apart by their bytes.
     void photo(const QString &name, Qt::GlobalColor colour) const
     {
@@ -44,7 +38,7 @@ class TestDeliveries : public QObject
         }
     }
 
-    QByteArray undoFile() const { return bytes(clsUndos::FilePath()); }
+    QByteArray undoFile() const { return fileBytes(clsUndos::FilePath()); }
 
 private Q_SLOTS:
     void init()
@@ -77,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(m_fx->targetFiles(),
                  (QStringList{"Anna Smith/src/IMG_0001.jpg", "Anna Smith/src/IMG_0002.jpg", "Ben Jones"}));
         // The running count said "as if made"; the log keeps one line per missing copy.
-        const QString log = QString::fromUtf8(bytes(GetDebugLogPath()));
+        const QString log = QString::fromUtf8(fileBytes(GetDebugLogPath()));
         QCOMPARE(log.count(QStringLiteral("copy not made: ")), 2);
         QVERIFY(log.contains(m_fx->src(QStringLiteral("IMG_0002.jpg")) + QStringLiteral(" to ")
                              + m_fx->tgt(QStringLiteral("Ben Jones/src/IMG_0002.jpg"))));
@@ -94,8 +88,8 @@ private Q_SLOTS:
         QFETCH(int, undoLevel);
         photo(QStringLiteral("Monday/IMG_0042.jpg"), Qt::red);
         photo(QStringLiteral("Tuesday/IMG_0042.jpg"), Qt::blue);
-        const QByteArray first = bytes(m_fx->src(QStringLiteral("Monday/IMG_0042.jpg")));
-        const QByteArray second = bytes(m_fx->src(QStringLiteral("Tuesday/IMG_0042.jpg")));
+        const QByteArray first = fileBytes(m_fx->src(QStringLiteral("Monday/IMG_0042.jpg")));
+        const QByteArray second = fileBytes(m_fx->src(QStringLiteral("Tuesday/IMG_0042.jpg")));
         m_fx->load();
         for (const QString &path : {QStringLiteral("Monday/IMG_0042.jpg"), QStringLiteral("Tuesday/IMG_0042.jpg")}) {
             selectPhotoAt(path);
@@ -105,8 +99,8 @@ private Q_SLOTS:
         // Both land in Anna's folder "src" (the Source Dir's name): the second under its own name.
         const QString natural = m_fx->tgt(QStringLiteral("Anna Smith/src/IMG_0042.jpg"));
         const QString distinct = m_fx->tgt(QStringLiteral("Anna Smith/src/IMG_0042_2.jpg"));
-        QCOMPARE(bytes(natural), first);
-        QCOMPARE(bytes(distinct), second);
+        QCOMPARE(fileBytes(natural), first);
+        QCOMPARE(fileBytes(distinct), second);
         QVERIFY(m_fx->journal().contains(QStringLiteral("CS Tuesday\\IMG_0042.jpg Anna Smith\\src\\IMG_0042_2.jpg")));
 
         clsUndos &undos = m_fx->ws->undos();
@@ -115,7 +109,7 @@ private Q_SLOTS:
         undos.UndoLastLevel(false);
         QCOMPARE(QFile::exists(natural), undoLevel != 1);
         QCOMPARE(QFile::exists(distinct), undoLevel != 2);
-        QCOMPARE(bytes(undoLevel == 1 ? distinct : natural), undoLevel == 1 ? second : first);
+        QCOMPARE(fileBytes(undoLevel == 1 ? distinct : natural), undoLevel == 1 ? second : first);
         QVERIFY(m_fx->journal().last().startsWith(QStringLiteral("DTF Anna Smith\\src\\IMG_0042")));
         QVERIFY(m_fx->journal().last().endsWith(undoLevel == 1 ? QStringLiteral("IMG_0042.jpg")
                                                                : QStringLiteral("IMG_0042_2.jpg")));
@@ -174,7 +168,7 @@ private Q_SLOTS:
         }
         const QDir aside(PhotoOperations::PutAsideDir());
         QCOMPARE(aside.entryList(QDir::Files, QDir::Name), (QStringList{"IMG_0042.jpg", "IMG_0042_2.jpg"}));
-        QVERIFY(bytes(aside.filePath(QStringLiteral("IMG_0042.jpg"))) != bytes(aside.filePath(QStringLiteral("IMG_0042_2.jpg"))));
+        QVERIFY(fileBytes(aside.filePath(QStringLiteral("IMG_0042.jpg"))) != fileBytes(aside.filePath(QStringLiteral("IMG_0042_2.jpg"))));
     }
 
     void undoFileFollowsEverySaveAndUndo()

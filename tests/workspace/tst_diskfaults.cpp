@@ -57,19 +57,11 @@ class TestDiskFaults : public QObject
             }
             const QString name = QStringLiteral("P%1.jpg").arg(i);
             QVERIFY(image.save(m_fx->src(name), "JPG", 95));
-            QFile f(m_fx->src(name));
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            m_photos.insert(name, f.readAll());
+            m_photos.insert(name, fileBytes(m_fx->src(name)));
         }
         m_fx->family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
         m_fx->family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
         m_fx->load();
-    }
-
-    static QByteArray readAll(const QString &path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }
 
     // What must hold after any fault.
@@ -79,7 +71,7 @@ class TestDiskFaults : public QObject
         for (const QString &name : m_fx->sourceFiles()) {
             const QString bare = StripFamIDs(name);
             QVERIFY2(m_photos.contains(bare), qPrintable(name));
-            QCOMPARE(readAll(m_fx->src(name)), m_photos.value(bare));
+            QCOMPARE(fileBytes(m_fx->src(name)), m_photos.value(bare));
             seen << bare;
         }
         seen.sort();
@@ -88,12 +80,12 @@ class TestDiskFaults : public QObject
         QCOMPARE(seen, expected); // each photo once, under its old or new name
         for (const QString &name : m_fx->targetFiles()) {
             QVERIFY2(!QFileInfo(name).suffix().startsWith(QLatin1Char('~')), qPrintable(name)); // no temporary left
-            QCOMPARE(readAll(m_fx->tgt(name)), m_photos.value(QFileInfo(name).fileName()));
+            QCOMPARE(fileBytes(m_fx->tgt(name)), m_photos.value(QFileInfo(name).fileName()));
         }
         QVERIFY(!IniFile::read(AppPaths::dataDir() + QStringLiteral("/quillet.ini"), QStringLiteral("Settings"),
                                QStringLiteral("SrcDir"))
                      .isEmpty());
-        const QByteArray undo = readAll(clsUndos::FilePath());
+        const QByteArray undo = fileBytes(clsUndos::FilePath());
         QVERIFY(undo.isEmpty() || undo.startsWith("v1\r\n"));
     }
 
@@ -175,14 +167,14 @@ private Q_SLOTS:
         m_fx->selectFamilies({12});
         m_fx->save->Save();
         m_fx->ws->undos().SaveToFile();
-        const QByteArray before = readAll(clsUndos::FilePath());
+        const QByteArray before = fileBytes(clsUndos::FilePath());
         QVERIFY(before.startsWith("v1\r\n2\r\n") || before.startsWith("v1\r\n1\r\n"));
 
         // The data folder moves onto a small disk with what it holds, which then fills up.
         const QString data = AppPaths::dataDir();
         QHash<QString, QByteArray> files;
         for (const QString &name : QDir(data).entryList(QDir::Files))
-            files.insert(name, readAll(data + QLatin1Char('/') + name));
+            files.insert(name, fileBytes(data + QLatin1Char('/') + name));
         QVERIFY(mountSmall(data, 1024));
         for (auto it = files.cbegin(); it != files.cend(); ++it) {
             QFile f(data + QLatin1Char('/') + it.key());
@@ -208,7 +200,7 @@ private Q_SLOTS:
         } catch (const Error &e) {
             QVERIFY2(e.description().contains(clsUndos::FilePath()), qPrintable(e.description()));
         }
-        QCOMPARE(readAll(clsUndos::FilePath()), before);
+        QCOMPARE(fileBytes(clsUndos::FilePath()), before);
         try {
             WriteSetting(QStringLiteral("PCname"), QStringLiteral("A much longer name than before"));
         } catch (const Error &) {

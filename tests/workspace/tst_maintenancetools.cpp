@@ -1,8 +1,7 @@
 #include "app/settingsstore.h"
 #include "lib/appstate.h"
 #include "lib/fileutils.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "support/testjpeg.h"
 #include "workspace/maintenancetools.h"
 #include "workspace/srcfiles.h"
@@ -15,12 +14,9 @@ using namespace quillet::test;
 
 // The maintenance tools on real files: dates set from EXIF dates, the source table as text and
 // the reset of the stored window positions.
-class TestMaintenanceTools : public QObject
+class TestMaintenanceTools : public HomeTest
 {
     Q_OBJECT
-
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
 
     const QDateTime kTaken = QDateTime(QDate(2009, 3, 14), QTime(15, 9, 26));
 
@@ -41,15 +37,8 @@ class TestMaintenanceTools : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
+        HomeTest::init();
         m_env->dataDir();
-        m_port = new ScriptedPrompt;
-        appState().cancel = false;
-    }
-    void cleanup()
-    {
-        delete m_port;
-        delete m_env;
     }
 
     void syncComparesWholeMinutes_data()

@@ -3,8 +3,7 @@
 #include "lib/apppaths.h"
 #include "lib/fileutils.h"
 #include "support/listthumbnails.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "support/testjpeg.h"
 #include "sync/batchfilejournal.h"
 #include "workspace/photooperations.h"
@@ -19,12 +18,10 @@
 using namespace quillet;
 using namespace quillet::test;
 
-class TestPhotoOperations : public QObject
+class TestPhotoOperations : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     FamilyDatabase *m_db = nullptr;
     Workspace *m_ws = nullptr;
 
@@ -63,8 +60,7 @@ class TestPhotoOperations : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
-        m_port = new ScriptedPrompt;
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("SrcDirInclSubs"), QStringLiteral("1"));
         WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
@@ -82,9 +78,7 @@ private Q_SLOTS:
     {
         delete m_ws;
         delete m_db;
-        delete m_port;
-        delete m_env;
-        Batchfile::SetCurrentPath(QString());
+        HomeTest::cleanup();
     }
 
     void rotateTurnsKeepsTimeAndJournals()

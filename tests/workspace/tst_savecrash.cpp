@@ -29,12 +29,6 @@ class TestSaveCrash : public QObject
 
     QByteArray m_jpeg;
 
-    static QByteArray readAll(const QString &path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
-
     void prepare(TestEnv &env)
     {
         env.dataDir();
@@ -64,7 +58,7 @@ class TestSaveCrash : public QObject
         QDirIterator src(env.path("src"), QDir::Files);
         while (src.hasNext()) {
             const QString path = src.next();
-            QCOMPARE(readAll(path), m_jpeg);
+            QCOMPARE(fileBytes(path), m_jpeg);
             untagged << StripFamIDs(QFileInfo(path).fileName());
         }
         untagged.sort();
@@ -75,9 +69,9 @@ class TestSaveCrash : public QObject
             const QString path = tgt.next();
             if (QFileInfo(path).suffix().startsWith(QLatin1String("~")))
                 continue; // a copy's temporary
-            QCOMPARE(readAll(path), m_jpeg);
+            QCOMPARE(fileBytes(path), m_jpeg);
         }
-        QVERIFY(readAll(clsUndos::FilePath()).startsWith("v1\r\n"));
+        QVERIFY(fileBytes(clsUndos::FilePath()).startsWith("v1\r\n"));
         QCOMPARE(ReadSetting(QStringLiteral("SrcDir")), env.path("src"));
     }
 
@@ -135,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
         checkNothingLost(env);
         // The level of the Save is in the file: after a restart it can still be undone.
-        const QByteArray undo = readAll(clsUndos::FilePath());
+        const QByteArray undo = fileBytes(clsUndos::FilePath());
         QVERIFY2(undo.startsWith("v1\r\n1\r\n36\r\n1\r\nIMG_00.jpg\r\n"), undo.left(40).constData());
     }
 
@@ -150,7 +144,7 @@ private Q_SLOTS:
         QCOMPARE(helper.exitCode(), 0);
         checkNothingLost(env);
         QCOMPARE(QDir(env.path("src")).entryList({"*(#3#5#9#).jpg"}, QDir::Files).size(), kPhotos);
-        QVERIFY(readAll(clsUndos::FilePath()).startsWith("v1\r\n1\r\n36\r\n"));
+        QVERIFY(fileBytes(clsUndos::FilePath()).startsWith("v1\r\n1\r\n36\r\n"));
     }
 };
 

@@ -184,9 +184,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(clsUndos::FilePath()));
         QCOMPARE(label(), QStringLiteral("0 undos"));
         QCOMPARE(m_fx->ws->srcFiles().SrcFilesUndoCnt(), 0);
-        QFile log(GetDebugLogPath());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QVERIFY(QString::fromUtf8(log.readAll()).contains("clsUndo.LoadFromFile: \t" + logged));
+        QVERIFY(QString::fromUtf8(fileBytes(GetDebugLogPath())).contains("clsUndo.LoadFromFile: \t" + logged));
     }
 
     void undoThumbnailsReloaded_data()

@@ -4,8 +4,7 @@
 #include "lib/appstate.h"
 #include "lib/fileutils.h"
 #include "support/listthumbnails.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "workspace/workspace.h"
 
 #include <QDir>
@@ -23,12 +22,10 @@ const QDate kTuesday(2024, 3, 5);
 
 } // namespace
 
-class TestWorkspace : public QObject
+class TestWorkspace : public HomeTest
 {
     Q_OBJECT
 
-    TestEnv *m_env = nullptr;
-    ScriptedPrompt *m_port = nullptr;
     FamilyDatabase *m_db = nullptr;
     Workspace *m_ws = nullptr;
 
@@ -95,9 +92,8 @@ class TestWorkspace : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = new TestEnv;
+        HomeTest::init();
         m_env->dataDir();
-        m_port = new ScriptedPrompt;
         QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
         m_db = new FamilyDatabase;
         QVERIFY(m_db->OpenDatabase());
@@ -109,14 +105,12 @@ private Q_SLOTS:
         m_ws = new Workspace(*m_db, PhotoServices::Default());
         m_ws->ReadSessionSettings();
         m_ws->options().thumbnails = false;
-        appState().cancel = false;
     }
     void cleanup()
     {
         delete m_ws;
         delete m_db;
-        delete m_port;
-        delete m_env;
+        HomeTest::cleanup();
     }
 
     void acceptedFilesAndTags()
