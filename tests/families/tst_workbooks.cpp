@@ -9,6 +9,8 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace quillet;
@@ -350,6 +352,59 @@ private Q_SLOTS:
             QCOMPARE(e.number(), kErrBadFileFormat);
             QVERIFY2(e.description().contains(reason), qPrintable(e.description()));
         }
+    }
+
+    // The .xls reader runs as a child; whatever becomes of it, the program gets a clear refusal
+    // and no cells.
+    void aBrokenXlsReaderGivesAClearRefusal_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("crashes") << QByteArray("kill -SEGV $$") << "its reader stopped unexpectedly";
+        QTest::newRow("sanitizer report") << QByteArray("echo '==1==ERROR: AddressSanitizer: stack-buffer-underflow' >&2; exit 1")
+                                          << "its reader stopped unexpectedly";
+        QTest::newRow("hangs") << QByteArray("printf 'QXLS 1\\n'; exec sleep 60") << "did not finish within 1 seconds";
+        QTest::newRow("endless output") << QByteArray("exec yes 'QXLS 1'") << "printed more than any workbook holds";
+        QTest::newRow("cut short") << QByteArray("printf 'QXLS 1\\n1 1 s 5\\nChild\\n'") << "cannot be understood";
+        QTest::newRow("length past the end") << QByteArray("printf 'QXLS 1\\n1 1 s 99\\nChild\\nend\\n'")
+                                             << "cannot be understood";
+        QTest::newRow("cell outside the sheet") << QByteArray("printf 'QXLS 1\\n1 65 s 1\\nx\\nend\\n'")
+                                                << "cannot be understood";
+        QTest::newRow("cells out of order")
+            << QByteArray("printf 'QXLS 1\\n2 1 s 1\\nx\\n1 1 s 1\\ny\\nend\\n'") << "cannot be understood";
+        QTest::newRow("number not hexadecimal")
+            << QByteArray("printf 'QXLS 1\\n1 1 n 16\\n3ff000000000000g\\nend\\n'") << "cannot be understood";
+        QTest::newRow("refusal without a reason") << QByteArray("exit 3") << "The workbook cannot be read: the file is damaged";
+        QTest::newRow("refusal with a reason") << QByteArray("printf 'it is not an .xls workbook\\nmore\\n' >&2; exit 3")
+                                               << "The workbook cannot be read: it is not an .xls workbook";
+        QTest::newRow("missing") << QByteArray() << "cannot be started";
+    }
+
+    void aBrokenXlsReaderGivesAClearRefusal()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, reason);
+        QTemporaryDir dir;
+        const QString program = dir.filePath(QStringLiteral("reader.sh"));
+        if (!script.isEmpty()) {
+            QFile file(program);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("#!/bin/sh\n" + script + "\n");
+            file.close();
+            QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        }
+        XlsWorkbook::setReader(program, 1000);
+        auto restore = qScopeGuard([] { XlsWorkbook::setReader(QString(), 0); });
+        XlsWorkbook book;
+        try {
+            book.read(xlsFixture());
+            QFAIL("a workbook was read from a broken reader");
+        } catch (const Error &e) {
+            QCOMPARE(e.number(), kErrBadFileFormat);
+            QVERIFY2(e.description().contains(reason), qPrintable(e.description()));
+            QVERIFY2(!e.description().contains(QStringLiteral("\n")), "one line, no report");
+        }
+        QVERIFY(!book.cell(1, 1).isValid());
     }
 
     void xlsCannotBeWritten()
