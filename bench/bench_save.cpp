@@ -12,6 +12,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QBuffer>
@@ -50,9 +51,20 @@ double timedSave(Workspace &ws, AllocationSave &save)
 // Puts the photos back under their untagged names and empties the Target Dir.
 void reset(Workspace &ws, const QString &tgtDir)
 {
+    // A quiet undo leaves writing the undo file to the operation it is part of; without that
+    // the next LoadSource reads the old level back and lists no photo at all.
     ws.undos().UndoLastLevel(true);
+    ws.undos().SaveToFile();
     QDir(tgtDir).removeRecursively();
     QDir().mkpath(tgtDir);
+}
+
+int countFiles(const QString &dir)
+{
+    int count = 0;
+    for (QDirIterator it(dir, QDir::Files, QDirIterator::Subdirectories); it.hasNext(); it.next())
+        ++count;
+    return count;
 }
 
 double timedDecodeRescale(const QString &srcDir, const QStringList &names)
@@ -102,11 +114,15 @@ int main(int argc, char **argv)
     QDir(tgtDir).removeRecursively();
     QDir().mkpath(tgtDir);
     const double copySeconds = timedSave(ws, save);
+    if (const int written = countFiles(tgtDir); written != copies)
+        std::fprintf(stderr, "the Save wrote %d of %d copies\n", written, copies);
     reset(ws, tgtDir);
     std::printf("RESULT save_copy %.1f files/s ratio=%.2f baseline=cp\n", copies / copySeconds, cpSeconds / copySeconds);
 
     WriteSetting(QStringLiteral("TargetResize"), true);
     const double resizeSeconds = timedSave(ws, save);
+    if (const int written = countFiles(tgtDir); written != copies)
+        std::fprintf(stderr, "the resized Save wrote %d of %d copies\n", written, copies);
     reset(ws, tgtDir);
     const double decodeSeconds = timedDecodeRescale(srcDir, names);
     std::printf("RESULT save_resize %.1f files/s ratio=%.2f baseline=full decode+rescale\n", copies / resizeSeconds,

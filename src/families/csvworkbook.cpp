@@ -1,5 +1,7 @@
 #include "csvworkbook.h"
 
+#include "lib/error.h"
+
 #include <QStringDecoder>
 
 namespace quillet {
@@ -18,23 +20,28 @@ qsizetype CsvWorkbook::bodyStart(const QByteArray &bytes)
     return bytes.startsWith("\xEF\xBB\xBF") ? 3 : 0;
 }
 
-char CsvWorkbook::separatorOf(const QByteArray &bytes, qsizetype from)
+char CsvWorkbook::separatorOf(const QByteArray &bytes)
 {
-    // The separator that the first line uses most, outside quotes; a comma when there is none.
-    int counts[3] = {};
-    const char separators[3] = {',', ';', '\t'};
-    bool quoted = false;
-    for (qsizetype i = from; i < bytes.size() && (quoted || !isLineEnd(bytes.at(i))); ++i) {
-        if (bytes.at(i) == '"')
-            quoted = !quoted;
-        for (int s = 0; s < 3 && !quoted; ++s)
-            counts[s] += bytes.at(i) == separators[s];
+    // The separator that splits the first record into the most fields, the record read exactly as
+    // records() reads it (quotes count only at the start of a field); a comma when none splits it.
+    // A quote elsewhere must not decide, or marking a row could change the separator of the file.
+    char best = ',';
+    qsizetype most = 1;
+    for (const char separator : {',', ';', '\t'}) {
+        qsizetype fields = 1;
+        try {
+            const QList<Record> first = records(bytes, separator, 1);
+            if (!first.isEmpty())
+                fields = first.first().fields.size();
+        } catch (const Error &) {
+            // a quote this separator would leave open: not the file's separator
+        }
+        if (fields > most) {
+            most = fields;
+            best = separator;
+        }
     }
-    int best = 0;
-    for (int s = 1; s < 3; ++s)
-        if (counts[s] > counts[best])
-            best = s;
-    return separators[best];
+    return best;
 }
 
 QList<CsvWorkbook::Record> CsvWorkbook::records(const QByteArray &bytes, char separator, qsizetype maxRecords)
@@ -102,10 +109,12 @@ QByteArray CsvWorkbook::encoded(const QString &text, char separator) const
 
 void CsvWorkbook::parse(const QByteArray &bytes)
 {
-    QStringDecoder utf8(QStringDecoder::Utf8);
+    // Stateless: a sequence cut short at the end is an error too, not a wait for more bytes, or a
+    // file ending in one lead byte would read as UTF-8 and, once marked, as Latin-1.
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString asUtf8 = utf8(bytes);
     m_utf8 = !utf8.hasError();
-    m_separator = separatorOf(bytes, bodyStart(bytes));
+    m_separator = separatorOf(bytes);
     const QList<Record> rows = records(bytes, m_separator, kMaxRows);
     for (int r = 0; r < rows.size(); ++r)
         for (int c = 0; c < rows.at(r).fields.size() && c < kMaxColumns; ++c)

@@ -34,7 +34,7 @@ private:
 
     // Splits the bytes into records (all of them, or up to `maxRecords`).
     static QList<Record> records(const QByteArray &bytes, char separator, qsizetype maxRecords);
-    static char separatorOf(const QByteArray &bytes, qsizetype from);
+    static char separatorOf(const QByteArray &bytes);
     static qsizetype bodyStart(const QByteArray &bytes);
     QString decoded(const QByteArray &bytes, const Field &field) const;
     QByteArray encoded(const QString &text, char separator) const;

@@ -1,7 +1,6 @@
 #include "copyresizedimage.h"
 
 #include "freeimagebitmap.h"
-#include "jpegframe.h"
 #include "lib/appstate.h"
 #include "lib/error.h"
 #include "lib/errorhandler.h"
@@ -13,6 +12,7 @@
 #include <QTemporaryFile>
 
 #include <FreeImage.h>
+#include <turbojpeg.h>
 
 #include <cmath>
 
@@ -50,23 +50,112 @@ FreeImageBitmap::Ptr fitForFormat(FreeImageBitmap::Ptr bitmap, FREE_IMAGE_FORMAT
     return FreeImageBitmap::Ptr(FreeImage_ColorQuantize(rgb.get(), FIQ_WUQUANT));
 }
 
+struct Decompressor
+{
+    tjhandle handle = tjInitDecompress();
+    ~Decompressor()
+    {
+        if (handle)
+            tjDestroy(handle);
+    }
+};
+
+// A picture this large (a damaged header, mostly) is refused before any memory is set aside.
+constexpr qint64 kMaxDecodedPixels = qint64(32768) * 16384;
+
+// Decodes a JPEG with libjpeg-turbo at the smallest of its reduced scales (1/8 ... 7/8, 1) that
+// still covers `wanted` (the whole picture when `wanted` is empty), into a FreeImage bitmap of 24
+// bits (8 for a greyscale JPEG). `original` receives the full picture's size. A JPEG that
+// libjpeg-turbo refuses is an error: it never goes on to another decoder.
+FreeImageBitmap::Ptr decodeJpeg(const QString &path, int maxDimension, QSize &original)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Error(kErrPathFileAccess, source(), file.errorString());
+    const QByteArray bytes = file.readAll();
+    const auto *data = reinterpret_cast<const unsigned char *>(bytes.constData());
+    const auto length = static_cast<unsigned long>(bytes.size());
+    const auto refused = [](tjhandle handle) {
+        throw Error(kLibErrorNumber, source(),
+                    QStringLiteral("The JPEG picture is damaged: ") + QString::fromLocal8Bit(tjGetErrorStr2(handle)));
+    };
+    Decompressor tj;
+    if (!tj.handle)
+        throw Error(kLibErrorNumber, source(), QStringLiteral("The JPEG decoder could not be started"));
+    int width = 0, height = 0, subsampling = 0, colourspace = 0;
+    if (tjDecompressHeader3(tj.handle, data, length, &width, &height, &subsampling, &colourspace) != 0)
+        refused(tj.handle);
+    if (width <= 0 || height <= 0 || qint64(width) * height > kMaxDecodedPixels)
+        throw Error(kLibErrorNumber, source(), QStringLiteral("The JPEG picture is damaged: its size is impossible"));
+    original = QSize(width, height);
+
+    int decodedWidth = width, decodedHeight = height;
+    if (maxDimension > 0) {
+        const QSize wanted = ResizedSize(original, maxDimension);
+        int count = 0;
+        const tjscalingfactor *factors = tjGetScalingFactors(&count);
+        for (int i = 0; factors && i < count; ++i) {
+            if (factors[i].num > factors[i].denom)
+                continue; // enlarging is the exact rescale's work
+            const int w = TJSCALED(width, factors[i]);
+            const int h = TJSCALED(height, factors[i]);
+            if (w >= wanted.width() && h >= wanted.height() && qint64(w) * h < qint64(decodedWidth) * decodedHeight) {
+                decodedWidth = w;
+                decodedHeight = h;
+            }
+        }
+    }
+    const bool grey = colourspace == TJCS_GRAY;
+    const bool cmyk = colourspace == TJCS_CMYK || colourspace == TJCS_YCCK;
+    FreeImageBitmap::Ptr bitmap(FreeImage_Allocate(decodedWidth, decodedHeight, grey ? 8 : 24));
+    if (!bitmap)
+        throw Error(kLibErrorNumber, source(), QStringLiteral("There is not enough memory to decode the picture"));
+    const int pitch = int(FreeImage_GetPitch(bitmap.get()));
+    // FreeImage keeps rows bottom-up and 24-bit pixels in the machine's BGR order.
+    const int flags = TJFLAG_BOTTOMUP;
+    int rc;
+    if (cmyk) {
+        // Neither library converts CMYK on the way: decode it as it is, then to BGR.
+        QByteArray cmykRows(qsizetype(decodedWidth) * 4 * decodedHeight, Qt::Uninitialized);
+        rc = tjDecompress2(tj.handle, data, length, reinterpret_cast<unsigned char *>(cmykRows.data()), decodedWidth,
+                           decodedWidth * 4, decodedHeight, TJPF_CMYK, flags);
+        if (rc == 0 || tjGetErrorCode(tj.handle) == TJERR_WARNING) {
+            for (int y = 0; y < decodedHeight; ++y) {
+                const auto *in = reinterpret_cast<const uchar *>(cmykRows.constData()) + qsizetype(y) * decodedWidth * 4;
+                BYTE *out = FreeImage_GetScanLine(bitmap.get(), decodedHeight - 1 - y);
+                for (int x = 0; x < decodedWidth; ++x, in += 4, out += 3) {
+                    // As the office programs write it: inverted, so ink is the smaller value.
+                    out[FI_RGBA_RED] = BYTE(in[0] * in[3] / 255);
+                    out[FI_RGBA_GREEN] = BYTE(in[1] * in[3] / 255);
+                    out[FI_RGBA_BLUE] = BYTE(in[2] * in[3] / 255);
+                }
+            }
+        }
+    } else {
+        rc = tjDecompress2(tj.handle, data, length, FreeImage_GetBits(bitmap.get()), decodedWidth, pitch, decodedHeight,
+                           grey ? TJPF_GRAY : TJPF_BGR, flags);
+    }
+    // A warning (stray bytes after the picture, a picture cut short) still leaves a whole bitmap.
+    if (rc != 0 && tjGetErrorCode(tj.handle) != TJERR_WARNING)
+        refused(tj.handle);
+    return bitmap;
+}
+
 // Decodes the source, reduced to the target size when a size code is set.
 FreeImageBitmap::Ptr loadResized(const QString &path, FREE_IMAGE_FORMAT fif, int maxDimension)
 {
     QSize original;
-    int sizeHint = 0;
-    if (maxDimension > 0 && fif == FIF_JPEG) {
-        original = jpegFrameSize(path);
-        const QSize wanted = ResizedSize(original, maxDimension);
-        sizeHint = std::max(wanted.width(), wanted.height());
+    FreeImageBitmap::Ptr bitmap;
+    if (fif == FIF_JPEG) {
+        bitmap = decodeJpeg(path, maxDimension, original);
+    } else {
+        bitmap = FreeImageBitmap::load(path, fif);
+        if (!bitmap)
+            throw Error(kLibErrorNumber, source(), FreeImageBitmap::lastMessage());
+        original = FreeImageBitmap::size(bitmap.get());
     }
-    FreeImageBitmap::Ptr bitmap = FreeImageBitmap::load(path, fif, sizeHint);
-    if (!bitmap)
-        throw Error(kLibErrorNumber, source(), FreeImageBitmap::lastMessage());
     if (maxDimension <= 0)
         return bitmap;
-    if (original.isEmpty())
-        original = FreeImageBitmap::size(bitmap.get());
     const QSize target = ResizedSize(original, maxDimension);
     if (target == FreeImageBitmap::size(bitmap.get()))
         return bitmap;

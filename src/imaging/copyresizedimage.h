@@ -8,8 +8,9 @@ namespace quillet {
 // Copies a picture to a target, optionally reduced to a maximum dimension and re-encoded at a
 // JPEG quality (the codes of the settings TargetResizeMD/Q and UnallocResizeMD/Q).
 //
-// Codes 0 and 0 make a plain safe copy (lib_CopyFile). Otherwise the picture is decoded (a JPEG
-// at the smallest reduced scale that still covers the target size), rescaled bicubically so
+// Codes 0 and 0 make a plain safe copy (lib_CopyFile). Otherwise the picture is decoded (a JPEG by
+// libjpeg-turbo at the smallest reduced scale that still covers the target size, and a JPEG it
+// refuses fails the copy; other formats by FreeImage), rescaled bicubically so
 // that its longer side is the maximum dimension (smaller pictures are enlarged), saved in the
 // source's own format (a JPEG stays a JPEG; the colour depth is converted where the format
 // needs it) without any EXIF or other metadata, copied safely over the target and given the

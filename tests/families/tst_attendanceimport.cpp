@@ -4,12 +4,14 @@
 #include "families/attendanceimport.h"
 #include "families/attendancematcher.h"
 #include "families/workbook.h"
+#include "families/xlsworkbook.h"
 #include "lib/error.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QSqlRecord>
 #include <QTest>
 
@@ -236,6 +238,11 @@ private Q_SLOTS:
         QTest::newRow("not a workbook") << "days.xlsx" << QByteArray("Child,Mon AM\r\n")
                                         << "Error: (321) The workbook cannot be read: it is not a zip archive, or the "
                                            "archive is damaged\r\nFile: ";
+        QTest::newRow("damaged .xls") << "days.xls" << QByteArray("Child,Mon AM\r\n")
+                                      << "Error: (321) The workbook cannot be read: the file is damaged (code -8)\r\nFile: ";
+        QTest::newRow(".xls reader crashes") << "days.xls" << QByteArray()
+                                             << "Error: (321) The workbook could not be read: its reader stopped "
+                                                "unexpectedly (the file may be damaged)\r\nFile: ";
         QTest::newRow("other type") << "days.txt" << QByteArray("Jack Smith")
                                     << "Error: (321) Only workbooks of the types .xlsx, .xls, .ods and .csv can be "
                                        "imported\r\nFile: ";
@@ -246,6 +253,13 @@ private Q_SLOTS:
         QFETCH(QString, fileName);
         QFETCH(QByteArray, bytes);
         QFETCH(QString, message);
+        auto restore = qScopeGuard([] { XlsWorkbook::setReader(QString(), 0); });
+        if (bytes.isEmpty()) { // the real workbook, and a reader that crashes on it
+            bytes = fileBytes(writeSample(QStringLiteral("xls")));
+            const QString reader = m_env->writeFile(QStringLiteral("reader.sh"), "#!/bin/sh\nkill -SEGV $$\n");
+            QVERIFY(QFile::setPermissions(reader, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+            XlsWorkbook::setReader(reader, 0);
+        }
         const QString path = m_env->writeFile(fileName, bytes);
         const QString stamp = lastUpdate();
         m_port->choose(path);

@@ -9,6 +9,8 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace quillet;
@@ -335,6 +337,11 @@ private Q_SLOTS:
         QTest::newRow("csv quote not closed") << "csv" << QByteArray("a,b\r\n\"c,d\r\n") << "row 2 has no closing quote";
         QTest::newRow("xls text") << "xls" << QByteArray("Child,Mon AM\r\n") << "The workbook cannot be read";
         QTest::newRow("xls cut short") << "xls" << xlsFixture().left(3000) << "The workbook cannot be read";
+        // Found by fuzzing: libfreexl hands iconv a read far past a small stack buffer. A normal
+        // build refuses it; with the sanitizers the reader child aborts and the program says so.
+        QFile damaged(QStringLiteral(QUILLET_FAMILIES_TESTDATA "/damaged-codepage.xls"));
+        QVERIFY(damaged.open(QIODevice::ReadOnly));
+        QTest::newRow("xls damaged code page") << "xls" << damaged.readAll() << "be read: it";
     }
 
     void malformedWorkbooksAreRefusedWithAReason()
@@ -350,6 +357,59 @@ private Q_SLOTS:
             QCOMPARE(e.number(), kErrBadFileFormat);
             QVERIFY2(e.description().contains(reason), qPrintable(e.description()));
         }
+    }
+
+    // The .xls reader runs as a child; whatever becomes of it, the program gets a clear refusal
+    // and no cells.
+    void aBrokenXlsReaderGivesAClearRefusal_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("crashes") << QByteArray("kill -SEGV $$") << "its reader stopped unexpectedly";
+        QTest::newRow("sanitizer report") << QByteArray("echo '==1==ERROR: AddressSanitizer: stack-buffer-underflow' >&2; exit 1")
+                                          << "its reader stopped unexpectedly";
+        QTest::newRow("hangs") << QByteArray("printf 'QXLS 1\\n'; exec sleep 60") << "did not finish within 1 seconds";
+        QTest::newRow("endless output") << QByteArray("exec yes 'QXLS 1'") << "printed more than any workbook holds";
+        QTest::newRow("cut short") << QByteArray("printf 'QXLS 1\\n1 1 s 5\\nChild\\n'") << "cannot be understood";
+        QTest::newRow("length past the end") << QByteArray("printf 'QXLS 1\\n1 1 s 99\\nChild\\nend\\n'")
+                                             << "cannot be understood";
+        QTest::newRow("cell outside the sheet") << QByteArray("printf 'QXLS 1\\n1 65 s 1\\nx\\nend\\n'")
+                                                << "cannot be understood";
+        QTest::newRow("cells out of order")
+            << QByteArray("printf 'QXLS 1\\n2 1 s 1\\nx\\n1 1 s 1\\ny\\nend\\n'") << "cannot be understood";
+        QTest::newRow("number not hexadecimal")
+            << QByteArray("printf 'QXLS 1\\n1 1 n 16\\n3ff000000000000g\\nend\\n'") << "cannot be understood";
+        QTest::newRow("refusal without a reason") << QByteArray("exit 3") << "The workbook cannot be read: the file is damaged";
+        QTest::newRow("refusal with a reason") << QByteArray("printf 'it is not an .xls workbook\\nmore\\n' >&2; exit 3")
+                                               << "The workbook cannot be read: it is not an .xls workbook";
+        QTest::newRow("missing") << QByteArray() << "cannot be started";
+    }
+
+    void aBrokenXlsReaderGivesAClearRefusal()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, reason);
+        QTemporaryDir dir;
+        const QString program = dir.filePath(QStringLiteral("reader.sh"));
+        if (!script.isEmpty()) {
+            QFile file(program);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("#!/bin/sh\n" + script + "\n");
+            file.close();
+            QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        }
+        XlsWorkbook::setReader(program, 1000);
+        auto restore = qScopeGuard([] { XlsWorkbook::setReader(QString(), 0); });
+        XlsWorkbook book;
+        try {
+            book.read(xlsFixture());
+            QFAIL("a workbook was read from a broken reader");
+        } catch (const Error &e) {
+            QCOMPARE(e.number(), kErrBadFileFormat);
+            QVERIFY2(e.description().contains(reason), qPrintable(e.description()));
+            QVERIFY2(!e.description().contains(QStringLiteral("\n")), "one line, no report");
+        }
+        QVERIFY(!book.cell(1, 1).isValid());
     }
 
     void xlsCannotBeWritten()

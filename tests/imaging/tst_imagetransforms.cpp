@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include <FreeImage.h>
+#include <turbojpeg.h>
 
 #include <memory>
 
@@ -123,6 +124,71 @@ private Q_SLOTS:
         QVERIFY(qRed(img.pixel(img.width() - 2, img.height() / 2)) > qRed(img.pixel(1, img.height() / 2)) + 100);
         QVERIFY(m_prompt->messages().isEmpty());
         QVERIFY(!QDir(m_env->path(QStringLiteral("tgt"))).entryList({QStringLiteral("*.~*")}).size());
+    }
+
+    // JPEGs other than a camera's colour photo: decoded by libjpeg-turbo all the same, and the
+    // output has the exact size and the source's colours.
+    void jpegKindsAreResized_data()
+    {
+        QTest::addColumn<QByteArray>("jpeg");
+        QTest::addColumn<int>("components");
+        QTest::addColumn<QColor>("centre");
+        {
+            // FreeImage writes an 8-bit bitmap with its default grey palette as a greyscale JPEG.
+            FIBITMAP *grey = FreeImage_Allocate(500, 300, 8);
+            for (unsigned y = 0; y < 300; ++y)
+                memset(FreeImage_GetScanLine(grey, y), 100, 500);
+            FIMEMORY *memory = FreeImage_OpenMemory();
+            FreeImage_SaveToMemory(FIF_JPEG, grey, memory, JPEG_QUALITYSUPERB);
+            BYTE *bytes = nullptr;
+            DWORD size = 0;
+            FreeImage_AcquireMemory(memory, &bytes, &size);
+            QTest::newRow("greyscale") << QByteArray(reinterpret_cast<const char *>(bytes), qsizetype(size)) << 1
+                                       << QColor(100, 100, 100);
+            FreeImage_CloseMemory(memory);
+            FreeImage_Unload(grey);
+        }
+        {
+            // Inverted CMYK as office programs write it: full cyan value and no black ink is red.
+            QByteArray pixels;
+            for (int i = 0; i < 500 * 300; ++i)
+                pixels.append("\xFF\x00\x00\xFF", 4);
+            tjhandle tj = tjInitCompress();
+            unsigned char *out = nullptr;
+            unsigned long size = 0;
+            QCOMPARE(tjCompress2(tj, reinterpret_cast<const unsigned char *>(pixels.constData()), 500, 500 * 4, 300,
+                                 TJPF_CMYK, &out, &size, TJSAMP_444, 95, 0),
+                     0);
+            QTest::newRow("cmyk") << QByteArray(reinterpret_cast<const char *>(out), qsizetype(size)) << 3
+                                  << QColor(255, 0, 0);
+            tjFree(out);
+            tjDestroy(tj);
+        }
+        TestJpeg cut;
+        cut.size = QSize(500, 300);
+        const QByteArray whole = makeTestJpeg(cut);
+        // libjpeg fills a picture that ends early with grey and warns; the copy is still made.
+        QTest::newRow("cut short") << whole.left(whole.size() * 9 / 10) << 3 << QColor(128, 128, 128);
+    }
+
+    void jpegKindsAreResized()
+    {
+        QFETCH(QByteArray, jpeg);
+        QFETCH(int, components);
+        QFETCH(QColor, centre);
+        const QString src = m_env->writeFile(QStringLiteral("src/k.jpg"), jpeg);
+        const QString tgt = target(QStringLiteral("k.jpg"));
+        QVERIFY(CopyResizedImage(src, tgt, 1, 4));
+        const QByteArray out = readAll(tgt);
+        QCOMPARE(jpegSize(out), QSize(320, 192));
+        const qsizetype sof = out.indexOf("\xFF\xC0");
+        QVERIFY(sof > 0);
+        QCOMPARE(int(quint8(out[sof + 9])), components);
+        const QColor pixel(decodeJpeg(out).pixel(160, 180));
+        QVERIFY2(qAbs(pixel.red() - centre.red()) < 12 && qAbs(pixel.green() - centre.green()) < 12
+                     && qAbs(pixel.blue() - centre.blue()) < 12,
+                 qPrintable(pixel.name()));
+        QVERIFY(m_prompt->messages().isEmpty());
     }
 
     void qualityCodes_data()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary DESTDIR, validates the desktop entry and the AppStream
-# metainfo, and starts the installed program offscreen on a demo installation: it must find its
-# files under share/quillet (nothing lies beside the installed executable) and end cleanly on
-# SIGTERM.
+# metainfo, checks the .xls reader installed beside the executable, and starts the installed
+# program offscreen on a demo installation: it must find its files under share/quillet (only the
+# .xls reader lies beside the installed executable) and end cleanly on SIGTERM.
 #   install-check.sh <build dir> <demodata tool>
 set -euo pipefail
 build=$1
@@ -28,6 +28,14 @@ for size in 16 22 24 32 48 64 128 256; do
   [ "$width" = "$size" ] || fail "icon ${size}x${size} is $width wide"
 done
 [ ! -e "$root/bin/ThumbnailPlaceholder.gif" ] || fail "placeholder beside the executable"
+# The .xls reader the program runs as a child lies beside it and refuses a file that is no workbook.
+reader="$root/bin/quillet-xlsreader"
+[ -x "$reader" ] || fail "no .xls reader at $reader"
+echo "Child,Mon AM" >"$work/not.xls"
+status=0
+"$reader" "$work/not.xls" >"$work/reader.out" 2>"$work/reader.err" || status=$?
+[ "$status" = 3 ] && [ ! -s "$work/reader.out" ] && [ "$(wc -l <"$work/reader.err")" = 1 ] \
+  && grep -q "damaged" "$work/reader.err" || fail "the installed .xls reader did not refuse a text file (status $status: $(cat "$work/reader.err"))"
 
 desktop-file-validate "$root/share/applications/org.quillet.Quillet.desktop" || fail "desktop-file-validate"
 grep -q '^Categories=Graphics;Photography;$' "$root/share/applications/org.quillet.Quillet.desktop" || fail "Categories"

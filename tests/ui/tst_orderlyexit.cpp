@@ -6,6 +6,7 @@
 #include "workspace/clsundos.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
@@ -115,6 +116,85 @@ private Q_SLOTS:
         QVERIFY(reached(QStringLiteral("InitBatchfile")));
         endsInOrder(program, SIGTERM);
         QVERIFY(QFile(clsUndos::FilePath()).size() > 0);
+    }
+
+    void duringTheReplayOfABatchfile_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::newRow("at start-up") << "replay";
+        QTest::newRow("on Refresh") << "refresh";
+    }
+    // Another PC's batchfile of many resized copies is replayed, at start-up or on Refresh: the
+    // signal stops it at its next entry as a cancel does, and the batchfile stays whole for the
+    // next run to finish.
+    void duringTheReplayOfABatchfile()
+    {
+        QFETCH(QString, command);
+        constexpr int kEntries = 200;
+        installation(1, false);
+        WriteSetting(QStringLiteral("TargetResize"), QStringLiteral("1"));
+        WriteSetting(QStringLiteral("TargetResizeMD"), QStringLiteral("3")); // each copy decoded and resized
+        WriteSetting(QStringLiteral("TargetResizeQ"), QStringLiteral("3"));
+        QImage image(1600, 1200, QImage::Format_RGB32);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                image.setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
+        QVERIFY(image.save(m_env->srcDir() + QStringLiteral("/IMG_0000.jpg"), "JPG"));
+        QByteArray batch = (m_env->srcDir() + QStringLiteral("\r\n") + m_env->tgtDir()
+                            + QStringLiteral("\r\nNumber of times processed: 0\r\n"))
+                               .toUtf8();
+        for (int i = 0; i < kEntries; ++i)
+            batch += "CS\r\nIMG_0000.jpg\r\nAnna Smith\\IMG_" + QByteArray::number(i) + ".jpg\r\n";
+        const QString batchfile = AppPaths::dataFile(QStringLiteral("_Batchfile_161116204830_PC2.log"));
+        QFile file(batchfile);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(batch);
+        file.close();
+        const auto copies = [this] {
+            return QDir(m_env->tgtDir() + QStringLiteral("/Anna Smith")).entryList({QStringLiteral("IMG_*.jpg")}, QDir::Files).size();
+        };
+
+        QProcess program;
+        start(program, QStringLiteral(ORDERLYEXIT_HELPER), {command});
+        QVERIFY(reached(QStringLiteral("orderlyexit_helper: answering Yes")));
+        QElapsedTimer clock;
+        clock.start();
+        while (copies() < 3 && clock.elapsed() < 30000)
+            QTest::qWait(20);
+        QVERIFY2(copies() >= 3, "the replay did not start");
+        ::kill(pid_t(program.processId()), SIGTERM);
+        clock.restart();
+        QVERIFY2(program.waitForFinished(10000), "the program did not end after the signal");
+        qInfo("ended %lld ms after the signal, %lld of %d copies made", clock.elapsed(), qint64(copies()), kEntries);
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(!IniFile::read(AppPaths::dataDir() + QStringLiteral("/quillet.ini"), QStringLiteral("Settings"),
+                               QStringLiteral("FormRectMn"))
+                     .isEmpty());
+        QFile undo(clsUndos::FilePath());
+        QVERIFY(undo.open(QIODevice::ReadOnly));
+        QVERIFY(undo.readAll().startsWith("v1\r\n"));
+        undo.close();
+        // Stopped at an entry: the batchfile is still there, whole, with most of its copies to do.
+        QVERIFY2(copies() < kEntries / 2, qPrintable(QString::number(copies())));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), batch);
+        file.close();
+        QVERIFY(reached(QStringLiteral("Cancelled ") + batchfile, 2000));
+
+        if (command != QLatin1String("replay"))
+            return; // the next run is the same whichever way the replay was started
+        // The next start replays it again (the reprocess question answered Yes) to its end.
+        QProcess again;
+        start(again, QStringLiteral(ORDERLYEXIT_HELPER), {QStringLiteral("replay")});
+        clock.restart();
+        while (QFile::exists(batchfile) && clock.elapsed() < 120000)
+            QTest::qWait(100);
+        QVERIFY2(!QFile::exists(batchfile), "the second run did not finish the batchfile");
+        QCOMPARE(copies(), kEntries);
+        ::kill(pid_t(again.processId()), SIGTERM);
+        QVERIFY2(again.waitForFinished(10000), "the second run did not end after the signal");
+        QCOMPARE(again.exitStatus(), QProcess::NormalExit);
     }
 
     // The family's folder is a file, so its copies fail and Save asks whether to stop.
