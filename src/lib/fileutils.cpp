@@ -20,6 +20,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -141,21 +142,44 @@ QString finishCopy(QFile &out, const QString &temp)
     return QString();
 }
 
+// The blocks of a copy made by hand. One buffer per thread: a run of copies allocates (and
+// faults in) its pages once, not once per file.
+constexpr qint64 kCopyBlock = 1 << 20;
+// The blocks of a copy whose bytes go to a sink: small enough to be still in the processor's
+// cache when the sink reads them after the write.
+constexpr qint64 kSinkBlock = 256 * 1024;
+
+char *copyBuffer()
+{
+    thread_local const std::unique_ptr<char[]> buffer(new char[kCopyBlock]);
+    return buffer.get();
+}
+
 // Copies the bytes and flushes them to the disk, so that after the rename the target is complete
-// even if the machine stops. Returns an empty text on success, else the system's reason.
-QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress)
+// even if the machine stops. Returns an empty text on success, else the system's reason. `dates`
+// receives the source's access and modification times as they are once it has been read.
+QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress, const CopySink &sink,
+                  qint64 &done, timespec dates[2])
 {
     QFile in(source);
-    if (!in.open(QIODevice::ReadOnly))
+    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return in.errorString();
     QFile out(temp);
     // Unbuffered: the bytes go out in large blocks anyway, and a failed write then carries the
     // system's reason (a full disk) rather than a buffered flush's "Unknown error".
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return out.errorString();
+    auto finish = [&]() {
+        struct stat st {};
+        if (::fstat(in.handle(), &st) != 0)
+            return QString::fromLocal8Bit(std::strerror(errno));
+        dates[0] = st.st_atim;
+        dates[1] = st.st_mtim;
+        return finishCopy(out, temp);
+    };
     const qint64 total = in.size();
-    qint64 done = 0;
-    if (!progress) {
+    done = 0;
+    if (!progress && !sink) {
         // In the kernel, without a trip through this process (and as a reflink where the file
         // system can share blocks).
         while (done < total) {
@@ -165,38 +189,37 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
             done += n;
         }
         if (done == total)
-            return finishCopy(out, temp);
+            return finish();
         // Not possible here (another file system, an old kernel): copy the rest by hand.
         in.seek(done);
         out.seek(done);
     }
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    char *const buffer = copyBuffer();
+    const qint64 block = sink ? kSinkBlock : kCopyBlock;
     for (;;) {
-        const qint64 n = in.read(buffer.data(), buffer.size());
+        const qint64 n = in.read(buffer, block);
         if (n < 0)
             return in.errorString();
         if (n == 0)
             break;
         errno = 0;
-        if (out.write(buffer.constData(), n) != n)
+        if (out.write(buffer, n) != n)
             return systemReason(out);
+        if (sink)
+            sink(buffer, n);
         done += n;
         if (progress && !progress(done, total))
             return QStringLiteral("Copy cancelled");
     }
+    // Read to its end: a source that grew or shrank on the way gives no copy.
     if (done != total)
         return QStringLiteral("The file changed size while it was copied");
-    return finishCopy(out, temp);
+    return finish();
 }
 
-void copyDates(const QString &source, const QString &target)
-{
-    const QFileInfo info(source);
-    lib_SetFileDate(target, QLatin1Char('A'), info.lastRead());
-    lib_SetFileDate(target, QLatin1Char('M'), info.lastModified());
-}
-
-bool copyOne(const QString &source, const QString &targetIn, bool overwrite, const CopyProgress &progress)
+// One copy; `size` receives its size.
+bool copyOne(const QString &source, const QString &targetIn, bool overwrite, const CopyProgress &progress,
+             const CopySink &sink = {}, qint64 *size = nullptr)
 {
     const QString target = targetIn.endsWith(QLatin1Char('/'))
         ? targetIn + QFileInfo(source).fileName() : targetIn;
@@ -207,7 +230,9 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
 
     const QString temp = lib_TempCopyName(target, source);
     appState().pendingTempCopy = temp;
-    const QString failure = copyBytes(source, temp, progress);
+    qint64 copied = 0;
+    timespec dates[2] {};
+    const QString failure = copyBytes(source, temp, progress, sink, copied, dates);
     if (!failure.isEmpty()) {
         appState().lastSystemError = failure;
         QFile::remove(temp);
@@ -228,7 +253,8 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
         throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
                     QStringLiteral("Failed to copy file\r\nCould not delete existing target file"));
     }
-    const bool renamed = ::rename(QFile::encodeName(temp).constData(), QFile::encodeName(target).constData()) == 0;
+    const QByteArray targetName = QFile::encodeName(target);
+    const bool renamed = ::rename(QFile::encodeName(temp).constData(), targetName.constData()) == 0;
     appState().pendingTempCopy.clear();
     if (!renamed) {
         const QString reason = QString::fromLocal8Bit(std::strerror(errno));
@@ -237,11 +263,24 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
                     QStringLiteral("Failed to copy file\r\n") + reason + QStringLiteral("\r\nSrc=") + source
                         + QStringLiteral("\r\nTgt=") + target);
     }
-    copyDates(source, target);
+    // The source's dates, set on the name (some network file systems set the modified time
+    // themselves when a written file is closed).
+    if (::utimensat(AT_FDCWD, targetName.constData(), dates, 0) != 0)
+        throw Error(kErrPathFileAccess, libSource("lib_FileDate"),
+                    QString::fromLocal8Bit(std::strerror(errno)) + QStringLiteral("\r\nFile:") + target);
+    if (size)
+        *size = copied;
     return true;
 }
 
 } // namespace
+
+qint64 lib_CopyFileThrough(const QString &source, const QString &target, bool overwrite, const CopySink &sink)
+{
+    BusyPointer busy;
+    qint64 size = -1;
+    return copyOne(source, target, overwrite, {}, sink, &size) ? size : -1;
+}
 
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite, const CopyProgress &progress)
 {

@@ -26,6 +26,13 @@ using CopyProgress = std::function<bool(qint64 done, qint64 total)>;
 // "Failed to copy file" and the details when the copy fails.
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite,
                   const CopyProgress &progress = {});
+// Called with each block of a copy's bytes, in order, once it has been written to the copy.
+using CopySink = std::function<void(const char *data, qint64 size)>;
+// lib_CopyFile of one file (no "*" or "?"), reading the source once and handing every block
+// written to `sink` on the way, so a caller that needs a digest of the copy need not read it
+// again. Returns the size of the copy (every byte of which went through `sink`), or -1 where
+// lib_CopyFile returns false. Throws as lib_CopyFile does.
+qint64 lib_CopyFileThrough(const QString &source, const QString &target, bool overwrite, const CopySink &sink);
 // The temporary name lib_CopyFile would use for a target: path without extension + ".~NN".
 QString lib_TempCopyName(const QString &target, const QString &source);
 

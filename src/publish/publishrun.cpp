@@ -244,6 +244,8 @@ void PublishRun::consider(PublishRules &rules, const QString &path)
 
 // Copies one photo under its name without the tag: once, or once per family folder. The report
 // line says where it went, what failed, and whether it replaced a copy made earlier in this run.
+// The size and SHA-256 are those of the first copy made, taken from the bytes as they were
+// written to it.
 void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
 {
     QStringList failures;
@@ -251,9 +253,16 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
     for (const QString &relative : targetsOf(decision)) {
         ++m_copied; // the message line counts every copy attempted
         QString failure;
-        if (!copyOnce(decision.path, relative, failure)) {
+        const bool first = line.copiedTo.isEmpty();
+        Sha256 sha;
+        const qint64 size = copyOnce(decision.path, relative, failure, first ? &sha : nullptr);
+        if (size < 0) {
             failures << relative + QStringLiteral(": ") + failure;
             continue;
+        }
+        if (first) {
+            line.size = size;
+            line.sha256 = sha.hex();
         }
         const QString earlier = m_written.value(relative);
         if (!earlier.isEmpty())
@@ -261,12 +270,8 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
         m_written.insert(relative, line.path);
         line.copiedTo << relative;
     }
-    if (!line.copiedTo.isEmpty()) {
+    if (!line.copiedTo.isEmpty())
         ++m_filesOut;
-        const QString first = lib_JoinPath(m_settings.tgtDir, line.copiedTo.first());
-        line.size = QFileInfo(first).size();
-        line.sha256 = Sha256OfFile(first);
-    }
     line.outcome = failures.isEmpty() ? QStringLiteral("copied")
         : line.copiedTo.isEmpty()     ? QStringLiteral("copy failed")
                                       : QStringLiteral("partly copied");
@@ -275,28 +280,33 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
         ++m_failures;
 }
 
-// One copy into the preparation folder. A target the family's folder name would lead outside
-// the folder is refused; a source that has gone is no reason to stop; any other failure asks
-// once whether to stop, since a full or failing disk fails every copy that follows.
-bool PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure)
+// One copy into the preparation folder; its size, or -1 with `failure` saying why. With `sha`,
+// every byte written also goes into the hash. A target the family's folder name would lead
+// outside the folder is refused; a source that has gone is no reason to stop; any other failure
+// asks once whether to stop, since a full or failing disk fails every copy that follows.
+qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure, Sha256 *sha)
 {
     const ForeignPath target = ForeignPath::resolve(m_settings.tgtDir, relative);
     if (!target.ok()) {
         failure = QStringLiteral("not written, the name leads outside the preparation folder (") + target.refusal()
             + QLatin1Char(')');
-        return false;
+        return -1;
     }
     try {
         const QString folder = lib_DirPart(target.path());
         if (!lib_MakePath(folder))
             throw Error(kLibErrorNumber, QStringLiteral("PublishRun"),
                         QStringLiteral("The folder ") + folder + QStringLiteral(" could not be created"));
-        lib_CopyFile(source, target.path(), true);
-        return true;
+        const qint64 size = sha ? lib_CopyFileThrough(source, target.path(), true,
+                                                      [sha](const char *data, qint64 n) { sha->add(data, n); })
+                                : (lib_CopyFile(source, target.path(), true) ? QFileInfo(target.path()).size() : -1);
+        if (size < 0)
+            failure = QStringLiteral("not written, the copy would be the file itself");
+        return size;
     } catch (const Error &e) {
         if (!QFileInfo::exists(source)) {
             failure = QStringLiteral("the file vanished during the run");
-            return false;
+            return -1;
         }
         failure = QString(e.description()).replace(QStringLiteral("\r\n"), QStringLiteral(" "));
         if (!m_askedAfterFailure) {
@@ -305,7 +315,7 @@ bool PublishRun::copyOnce(const QString &source, const QString &relative, QStrin
                              + QStringLiteral("\r\nFurther failures are only listed in the report.\r\nDo you wish to cancel?")))
                 appState().cancel = true;
         }
-        return false;
+        return -1;
     }
 }
 

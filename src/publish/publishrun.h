@@ -11,6 +11,7 @@
 namespace quillet {
 
 class FamilyDatabase;
+class Sha256;
 
 // Prepares a web upload or a CD (one routine, two sets of names): copies the allocated photos
 // and movies of the date window from the Source Dir into the preparation folder, under their
@@ -48,7 +49,7 @@ private:
     void copyAll();
     void consider(PublishRules &rules, const QString &path);
     void copyFile(const Decision &decision, PublishReport::Line &line);
-    bool copyOnce(const QString &source, const QString &relative, QString &failure);
+    qint64 copyOnce(const QString &source, const QString &relative, QString &failure, Sha256 *sha);
     QString relativeToSource(const QString &path) const;
     QStringList targetsOf(const Decision &decision) const;
     void summarise();
