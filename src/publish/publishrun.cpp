@@ -141,6 +141,10 @@ QStringList PublishRun::sourceFiles() const
 
 QString PublishRun::relativeToSource(const QString &path) const
 {
+    // The scan's paths all start with the Source Dir as it names it.
+    const QString prefix = QDir::cleanPath(m_settings.srcDir) + QLatin1Char('/');
+    if (path.startsWith(prefix))
+        return path.mid(prefix.size());
     return QDir(m_settings.srcDir).relativeFilePath(path);
 }
 
