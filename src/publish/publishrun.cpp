@@ -202,6 +202,7 @@ void PublishRun::copyAll()
     m_filesOut = 0;
     m_cancelled = false;
     m_written.clear();
+    m_targetBase.reset();
     appState().cancel = false;
     PublishFamilies families(m_db, m_names.exclusionField);
     PublishRules rules(m_settings, families);
@@ -290,7 +291,9 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
 // asks once whether to stop, since a full or failing disk fails every copy that follows.
 qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure, Sha256 *sha)
 {
-    const ForeignPath target = ForeignPath::resolve(m_settings.tgtDir, relative);
+    if (!m_targetBase)
+        m_targetBase = std::make_unique<ForeignBase>(m_settings.tgtDir);
+    const ForeignPath target = m_targetBase->resolve(relative);
     if (!target.ok()) {
         failure = QStringLiteral("not written, the name leads outside the preparation folder (") + target.refusal()
             + QLatin1Char(')');

@@ -11,6 +11,7 @@
 namespace quillet {
 
 class FamilyDatabase;
+class ForeignBase;
 class Sha256;
 
 // Prepares a web upload or a CD (one routine, two sets of names): copies the allocated photos
@@ -70,6 +71,8 @@ private:
     // Targets written in this run: a second photo with the same name without its tag replaces
     // the first, and the report says so.
     QHash<QString, QString> m_written;
+    // The preparation folder, under which every target is resolved.
+    std::unique_ptr<ForeignBase> m_targetBase;
 };
 
 } // namespace quillet
