@@ -21,6 +21,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -130,8 +131,15 @@ QString systemReason(const QFileDevice &file)
     return error != 0 ? QString::fromLocal8Bit(std::strerror(error)) : file.errorString();
 }
 
-QString finishCopy(QFile &out, const QString &temp)
+// Flushes the copy and reads the source's access and modification times as they are once it
+// has been read, for the target.
+QString finishCopy(QFile &in, QFile &out, const QString &temp, timespec dates[2])
 {
+    struct stat st {};
+    if (::fstat(in.handle(), &st) != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    dates[0] = st.st_atim;
+    dates[1] = st.st_mtim;
     errno = 0;
     if (!out.flush())
         return systemReason(out);
@@ -145,8 +153,8 @@ QString finishCopy(QFile &out, const QString &temp)
 // The blocks of a copy made by hand. One buffer per thread: a run of copies allocates (and
 // faults in) its pages once, not once per file.
 constexpr qint64 kCopyBlock = 1 << 20;
-// The blocks of a copy whose bytes go to a sink: small enough to be still in the processor's
-// cache when the sink reads them after the write.
+// The blocks of a copy whose bytes go to a sink: small enough to stay in the processor's cache
+// while the sink and the write both read them.
 constexpr qint64 kSinkBlock = 256 * 1024;
 
 char *copyBuffer()
@@ -157,9 +165,9 @@ char *copyBuffer()
 
 // Copies the bytes and flushes them to the disk, so that after the rename the target is complete
 // even if the machine stops. Returns an empty text on success, else the system's reason. `dates`
-// receives the source's access and modification times as they are once it has been read.
-QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress, const CopySink &sink,
-                  qint64 &done, timespec dates[2])
+// receives the source's access and modification times.
+QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress, qint64 &done,
+                  timespec dates[2])
 {
     QFile in(source);
     if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
@@ -169,17 +177,10 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
     // system's reason (a full disk) rather than a buffered flush's "Unknown error".
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return out.errorString();
-    auto finish = [&]() {
-        struct stat st {};
-        if (::fstat(in.handle(), &st) != 0)
-            return QString::fromLocal8Bit(std::strerror(errno));
-        dates[0] = st.st_atim;
-        dates[1] = st.st_mtim;
-        return finishCopy(out, temp);
-    };
+    auto finish = [&]() { return finishCopy(in, out, temp, dates); };
     const qint64 total = in.size();
     done = 0;
-    if (!progress && !sink) {
+    if (!progress) {
         // In the kernel, without a trip through this process (and as a reflink where the file
         // system can share blocks).
         while (done < total) {
@@ -195,9 +196,8 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
         out.seek(done);
     }
     char *const buffer = copyBuffer();
-    const qint64 block = sink ? kSinkBlock : kCopyBlock;
     for (;;) {
-        const qint64 n = in.read(buffer, block);
+        const qint64 n = in.read(buffer, kCopyBlock);
         if (n < 0)
             return in.errorString();
         if (n == 0)
@@ -205,21 +205,70 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
         errno = 0;
         if (out.write(buffer, n) != n)
             return systemReason(out);
-        if (sink)
-            sink(buffer, n);
         done += n;
         if (progress && !progress(done, total))
             return QStringLiteral("Copy cancelled");
     }
-    // Read to its end: a source that grew or shrank on the way gives no copy.
     if (done != total)
         return QStringLiteral("The file changed size while it was copied");
     return finish();
 }
 
+// copyBytes past a sink. The first block is read and handed to the sink before the temporary
+// is created, so that the sink's work on it overlaps the creation and the writing.
+QString copyBytesThrough(const QString &source, const QString &temp, CopySink &sink, qint64 &done, timespec dates[2])
+{
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return in.errorString();
+    const qint64 total = in.size();
+    char *const buffer = copyBuffer();
+    done = 0;
+    // The buffer is not touched again, nor left, while the sink may still be reading it.
+    struct Pending
+    {
+        CopySink &sink;
+        bool held = false;
+        void settle()
+        {
+            if (std::exchange(held, false))
+                sink.settle();
+        }
+        ~Pending() { settle(); }
+    } pending{sink};
+    qint64 n = in.read(buffer, kSinkBlock);
+    if (n < 0)
+        return in.errorString();
+    if (n > 0) {
+        sink.take(buffer, n);
+        pending.held = true;
+    }
+    QFile out(temp);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return out.errorString();
+    while (n > 0) {
+        errno = 0;
+        if (out.write(buffer, n) != n)
+            return systemReason(out);
+        pending.settle();
+        done += n;
+        n = in.read(buffer, kSinkBlock);
+        if (n < 0)
+            return in.errorString();
+        if (n > 0) {
+            sink.take(buffer, n);
+            pending.held = true;
+        }
+    }
+    // Read to its end: a source that grew or shrank on the way gives no copy.
+    if (done != total)
+        return QStringLiteral("The file changed size while it was copied");
+    return finishCopy(in, out, temp, dates);
+}
+
 // One copy; `size` receives its size.
 bool copyOne(const QString &source, const QString &targetIn, bool overwrite, const CopyProgress &progress,
-             const CopySink &sink = {}, qint64 *size = nullptr)
+             CopySink *sink = nullptr, qint64 *size = nullptr)
 {
     const QString target = targetIn.endsWith(QLatin1Char('/'))
         ? targetIn + QFileInfo(source).fileName() : targetIn;
@@ -232,7 +281,8 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
     appState().pendingTempCopy = temp;
     qint64 copied = 0;
     timespec dates[2] {};
-    const QString failure = copyBytes(source, temp, progress, sink, copied, dates);
+    const QString failure = sink ? copyBytesThrough(source, temp, *sink, copied, dates)
+                                 : copyBytes(source, temp, progress, copied, dates);
     if (!failure.isEmpty()) {
         appState().lastSystemError = failure;
         QFile::remove(temp);
@@ -275,11 +325,11 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
 
 } // namespace
 
-qint64 lib_CopyFileThrough(const QString &source, const QString &target, bool overwrite, const CopySink &sink)
+qint64 lib_CopyFileThrough(const QString &source, const QString &target, bool overwrite, CopySink &sink)
 {
     BusyPointer busy;
     qint64 size = -1;
-    return copyOne(source, target, overwrite, {}, sink, &size) ? size : -1;
+    return copyOne(source, target, overwrite, {}, &sink, &size) ? size : -1;
 }
 
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite, const CopyProgress &progress)

@@ -203,6 +203,7 @@ void PublishRun::copyAll()
     m_cancelled = false;
     m_written.clear();
     m_targetBase.reset();
+    m_sha = std::make_unique<Sha256Worker>();
     appState().cancel = false;
     PublishFamilies families(m_db, m_names.exclusionField);
     PublishRules rules(m_settings, families);
@@ -225,6 +226,7 @@ void PublishRun::copyAll()
                 port.progressUpdate(int(i + 1), int(i + 1));
         }
     }
+    m_sha.reset();
     port.progressHide();
     if (!m_cancelled)
         m_report->finish();
@@ -259,15 +261,16 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
         ++m_copied; // the message line counts every copy attempted
         QString failure;
         const bool first = line.copiedTo.isEmpty();
-        Sha256 sha;
-        const qint64 size = copyOnce(decision.path, relative, failure, first ? &sha : nullptr);
+        if (first)
+            m_sha->begin();
+        const qint64 size = copyOnce(decision.path, relative, failure, first ? m_sha.get() : nullptr);
         if (size < 0) {
             failures << relative + QStringLiteral(": ") + failure;
             continue;
         }
         if (first) {
             line.size = size;
-            line.sha256 = sha.hex();
+            line.sha256 = m_sha->hex();
         }
         const QString earlier = m_written.value(relative);
         if (!earlier.isEmpty())
@@ -289,7 +292,7 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
 // every byte written also goes into the hash. A target the family's folder name would lead
 // outside the folder is refused; a source that has gone is no reason to stop; any other failure
 // asks once whether to stop, since a full or failing disk fails every copy that follows.
-qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure, Sha256 *sha)
+qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure, Sha256Worker *sha)
 {
     if (!m_targetBase)
         m_targetBase = std::make_unique<ForeignBase>(m_settings.tgtDir);
@@ -304,8 +307,7 @@ qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QStr
         if (!lib_MakePath(folder))
             throw Error(kLibErrorNumber, QStringLiteral("PublishRun"),
                         QStringLiteral("The folder ") + folder + QStringLiteral(" could not be created"));
-        const qint64 size = sha ? lib_CopyFileThrough(source, target.path(), true,
-                                                      [sha](const char *data, qint64 n) { sha->add(data, n); })
+        const qint64 size = sha ? lib_CopyFileThrough(source, target.path(), true, *sha)
                                 : (lib_CopyFile(source, target.path(), true) ? QFileInfo(target.path()).size() : -1);
         if (size < 0)
             failure = QStringLiteral("not written, the copy would be the file itself");

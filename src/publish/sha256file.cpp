@@ -60,4 +60,64 @@ Sha256::Sha256()
 
 Sha256::~Sha256() = default;
 
+Sha256Worker::Sha256Worker()
+    : m_sha(std::make_unique<Sha256>())
+    , m_thread([this] { work(); })
+{
+}
+
+Sha256Worker::~Sha256Worker()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        m_stop = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+}
+
+void Sha256Worker::work()
+{
+    std::unique_lock<std::mutex> lock(m_lock);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_busy || m_stop; });
+        if (m_stop)
+            return;
+        lock.unlock();
+        m_sha->add(m_data, m_size);
+        lock.lock();
+        m_busy = false;
+        m_changed.notify_all();
+    }
+}
+
+void Sha256Worker::begin()
+{
+    settle();
+    m_sha = std::make_unique<Sha256>();
+}
+
+void Sha256Worker::take(const char *data, qint64 size)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        m_data = data;
+        m_size = size;
+        m_busy = true;
+    }
+    m_changed.notify_all();
+}
+
+void Sha256Worker::settle()
+{
+    std::unique_lock<std::mutex> lock(m_lock);
+    m_changed.wait(lock, [this] { return !m_busy; });
+}
+
+QString Sha256Worker::hex()
+{
+    settle();
+    return m_sha->hex();
+}
+
 } // namespace quillet

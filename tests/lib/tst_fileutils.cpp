@@ -32,6 +32,24 @@ QByteArray contents(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
+// Keeps what it is handed, and checks that no block comes before the one before it is settled.
+struct CollectingSink : CopySink
+{
+    QByteArray seen;
+    bool held = false;
+    bool overlapped = false;
+    std::function<void()> onTake;
+    void take(const char *data, qint64 size) override
+    {
+        overlapped = overlapped || held;
+        held = true;
+        seen.append(data, size);
+        if (onTake)
+            onTake();
+    }
+    void settle() override { held = false; }
+};
+
 } // namespace
 
 class TestFileUtils : public QObject
@@ -159,10 +177,11 @@ private Q_SLOTS:
             return true;
         };
         if (way == QLatin1String("sink")) {
-            QByteArray seen;
-            QCOMPARE(lib_CopyFileThrough(src, target, false, [&seen](const char *data, qint64 n) { seen.append(data, n); }),
-                     qint64(size));
-            QCOMPARE(seen, bytes);
+            CollectingSink sink;
+            QCOMPARE(lib_CopyFileThrough(src, target, false, sink), qint64(size));
+            QCOMPARE(sink.seen, bytes);
+            QVERIFY(!sink.held);
+            QVERIFY(!sink.overlapped);
         } else {
             QVERIFY(lib_CopyFile(src, target, false, way == QLatin1String("progress") ? progress : CopyProgress()));
         }
@@ -180,19 +199,22 @@ private Q_SLOTS:
         const QString target = m_env->path(QStringLiteral("tgt/growing.jpg"));
         QDir().mkpath(m_env->path(QStringLiteral("tgt")));
         bool appended = false;
+        CollectingSink sink;
+        sink.onTake = [&] {
+            if (!std::exchange(appended, true)) {
+                QFile more(src);
+                QVERIFY(more.open(QIODevice::Append));
+                more.write(QByteArray(1000, 'b'));
+            }
+        };
         try {
-            lib_CopyFileThrough(src, target, true, [&](const char *, qint64) {
-                if (!std::exchange(appended, true)) {
-                    QFile more(src);
-                    QVERIFY(more.open(QIODevice::Append));
-                    more.write(QByteArray(1000, 'b'));
-                }
-            });
+            lib_CopyFileThrough(src, target, true, sink);
             QFAIL("a copy of a growing file must fail");
         } catch (const Error &e) {
             QVERIFY2(e.description().contains(QStringLiteral("changed size")), qPrintable(e.description()));
         }
         QVERIFY(appended);
+        QVERIFY(!sink.held); // settled before the copy gave up
         QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList());
         QVERIFY(appState().pendingTempCopy.isEmpty());
     }
