@@ -138,6 +138,7 @@ ForeignPath ForeignBase::resolve(const QString &relative)
 
     // Symbolic links: every existing element on the way must stay inside the base.
     QString walk = m_clean;
+    bool linked = false;
     for (const QString &s : segments) {
         walk += QLatin1Char('/') + s;
         QFileInfo info(walk);
@@ -147,10 +148,15 @@ ForeignPath ForeignBase::resolve(const QString &relative)
             return refuse(QStringLiteral("dangling symbolic link %1").arg(walk));
         if (!within(base, info.canonicalFilePath()))
             return refuse(QStringLiteral("symbolic link %1 leads outside %2").arg(walk, m_dir));
+        linked = true;
     }
-    const QString resolved = resolvedForm(native);
-    if (resolved.isEmpty() || !within(base, resolved))
-        return refuse(QStringLiteral("resolves outside %1").arg(m_dir));
+    // Without a link on the way (and no "." or ".." segments), the path is the base's folder and
+    // the segments as written: only a link needs the path resolved as a whole.
+    if (linked) {
+        const QString resolved = resolvedForm(native);
+        if (resolved.isEmpty() || !within(base, resolved))
+            return refuse(QStringLiteral("resolves outside %1").arg(m_dir));
+    }
 
     result.m_path = native;
     return result;
