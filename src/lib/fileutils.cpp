@@ -20,6 +20,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
+#include <utility>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -129,8 +131,15 @@ QString systemReason(const QFileDevice &file)
     return error != 0 ? QString::fromLocal8Bit(std::strerror(error)) : file.errorString();
 }
 
-QString finishCopy(QFile &out, const QString &temp)
+// Flushes the copy and reads the source's access and modification times as they are once it
+// has been read, for the target.
+QString finishCopy(QFile &in, QFile &out, const QString &temp, timespec dates[2])
 {
+    struct stat st {};
+    if (::fstat(in.handle(), &st) != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    dates[0] = st.st_atim;
+    dates[1] = st.st_mtim;
     errno = 0;
     if (!out.flush())
         return systemReason(out);
@@ -141,20 +150,36 @@ QString finishCopy(QFile &out, const QString &temp)
     return QString();
 }
 
+// The blocks of a copy made by hand. One buffer per thread: a run of copies allocates (and
+// faults in) its pages once, not once per file.
+constexpr qint64 kCopyBlock = 1 << 20;
+// The blocks of a copy whose bytes go to a sink: small enough to stay in the processor's cache
+// while the sink and the write both read them.
+constexpr qint64 kSinkBlock = 256 * 1024;
+
+char *copyBuffer()
+{
+    thread_local const std::unique_ptr<char[]> buffer(new char[kCopyBlock]);
+    return buffer.get();
+}
+
 // Copies the bytes and flushes them to the disk, so that after the rename the target is complete
-// even if the machine stops. Returns an empty text on success, else the system's reason.
-QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress)
+// even if the machine stops. Returns an empty text on success, else the system's reason. `dates`
+// receives the source's access and modification times.
+QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress, qint64 &done,
+                  timespec dates[2])
 {
     QFile in(source);
-    if (!in.open(QIODevice::ReadOnly))
+    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return in.errorString();
     QFile out(temp);
     // Unbuffered: the bytes go out in large blocks anyway, and a failed write then carries the
     // system's reason (a full disk) rather than a buffered flush's "Unknown error".
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return out.errorString();
+    auto finish = [&]() { return finishCopy(in, out, temp, dates); };
     const qint64 total = in.size();
-    qint64 done = 0;
+    done = 0;
     if (!progress) {
         // In the kernel, without a trip through this process (and as a reflink where the file
         // system can share blocks).
@@ -165,20 +190,20 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
             done += n;
         }
         if (done == total)
-            return finishCopy(out, temp);
+            return finish();
         // Not possible here (another file system, an old kernel): copy the rest by hand.
         in.seek(done);
         out.seek(done);
     }
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    char *const buffer = copyBuffer();
     for (;;) {
-        const qint64 n = in.read(buffer.data(), buffer.size());
+        const qint64 n = in.read(buffer, kCopyBlock);
         if (n < 0)
             return in.errorString();
         if (n == 0)
             break;
         errno = 0;
-        if (out.write(buffer.constData(), n) != n)
+        if (out.write(buffer, n) != n)
             return systemReason(out);
         done += n;
         if (progress && !progress(done, total))
@@ -186,17 +211,64 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
     }
     if (done != total)
         return QStringLiteral("The file changed size while it was copied");
-    return finishCopy(out, temp);
+    return finish();
 }
 
-void copyDates(const QString &source, const QString &target)
+// copyBytes past a sink. The first block is read and handed to the sink before the temporary
+// is created, so that the sink's work on it overlaps the creation and the writing.
+QString copyBytesThrough(const QString &source, const QString &temp, CopySink &sink, qint64 &done, timespec dates[2])
 {
-    const QFileInfo info(source);
-    lib_SetFileDate(target, QLatin1Char('A'), info.lastRead());
-    lib_SetFileDate(target, QLatin1Char('M'), info.lastModified());
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return in.errorString();
+    const qint64 total = in.size();
+    char *const buffer = copyBuffer();
+    done = 0;
+    // The buffer is not touched again, nor left, while the sink may still be reading it.
+    struct Pending
+    {
+        CopySink &sink;
+        bool held = false;
+        void settle()
+        {
+            if (std::exchange(held, false))
+                sink.settle();
+        }
+        ~Pending() { settle(); }
+    } pending{sink};
+    qint64 n = in.read(buffer, kSinkBlock);
+    if (n < 0)
+        return in.errorString();
+    if (n > 0) {
+        sink.take(buffer, n);
+        pending.held = true;
+    }
+    QFile out(temp);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return out.errorString();
+    while (n > 0) {
+        errno = 0;
+        if (out.write(buffer, n) != n)
+            return systemReason(out);
+        pending.settle();
+        done += n;
+        n = in.read(buffer, kSinkBlock);
+        if (n < 0)
+            return in.errorString();
+        if (n > 0) {
+            sink.take(buffer, n);
+            pending.held = true;
+        }
+    }
+    // Read to its end: a source that grew or shrank on the way gives no copy.
+    if (done != total)
+        return QStringLiteral("The file changed size while it was copied");
+    return finishCopy(in, out, temp, dates);
 }
 
-bool copyOne(const QString &source, const QString &targetIn, bool overwrite, const CopyProgress &progress)
+// One copy; `size` receives its size.
+bool copyOne(const QString &source, const QString &targetIn, bool overwrite, const CopyProgress &progress,
+             CopySink *sink = nullptr, qint64 *size = nullptr)
 {
     const QString target = targetIn.endsWith(QLatin1Char('/'))
         ? targetIn + QFileInfo(source).fileName() : targetIn;
@@ -207,7 +279,10 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
 
     const QString temp = lib_TempCopyName(target, source);
     appState().pendingTempCopy = temp;
-    const QString failure = copyBytes(source, temp, progress);
+    qint64 copied = 0;
+    timespec dates[2] {};
+    const QString failure = sink ? copyBytesThrough(source, temp, *sink, copied, dates)
+                                 : copyBytes(source, temp, progress, copied, dates);
     if (!failure.isEmpty()) {
         appState().lastSystemError = failure;
         QFile::remove(temp);
@@ -228,7 +303,8 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
         throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
                     QStringLiteral("Failed to copy file\r\nCould not delete existing target file"));
     }
-    const bool renamed = ::rename(QFile::encodeName(temp).constData(), QFile::encodeName(target).constData()) == 0;
+    const QByteArray targetName = QFile::encodeName(target);
+    const bool renamed = ::rename(QFile::encodeName(temp).constData(), targetName.constData()) == 0;
     appState().pendingTempCopy.clear();
     if (!renamed) {
         const QString reason = QString::fromLocal8Bit(std::strerror(errno));
@@ -237,11 +313,24 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
                     QStringLiteral("Failed to copy file\r\n") + reason + QStringLiteral("\r\nSrc=") + source
                         + QStringLiteral("\r\nTgt=") + target);
     }
-    copyDates(source, target);
+    // The source's dates, set on the name (some network file systems set the modified time
+    // themselves when a written file is closed).
+    if (::utimensat(AT_FDCWD, targetName.constData(), dates, 0) != 0)
+        throw Error(kErrPathFileAccess, libSource("lib_FileDate"),
+                    QString::fromLocal8Bit(std::strerror(errno)) + QStringLiteral("\r\nFile:") + target);
+    if (size)
+        *size = copied;
     return true;
 }
 
 } // namespace
+
+qint64 lib_CopyFileThrough(const QString &source, const QString &target, bool overwrite, CopySink &sink)
+{
+    BusyPointer busy;
+    qint64 size = -1;
+    return copyOne(source, target, overwrite, {}, &sink, &size) ? size : -1;
+}
 
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite, const CopyProgress &progress)
 {

@@ -26,6 +26,21 @@ using CopyProgress = std::function<bool(qint64 done, qint64 total)>;
 // "Failed to copy file" and the details when the copy fails.
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite,
                   const CopyProgress &progress = {});
+// Sees each block of a copy on its way: take() gets the block before it is written, settle()
+// returns once the sink is done with it. The block stays as it is until settle() has returned,
+// so take() may hand it to another thread and the sink's work overlap the writing.
+class CopySink
+{
+public:
+    virtual ~CopySink() = default;
+    virtual void take(const char *data, qint64 size) = 0;
+    virtual void settle() {}
+};
+// lib_CopyFile of one file (no "*" or "?"), reading the source once and handing every block
+// written to `sink`, so a caller that needs a digest of the copy need not read it again.
+// Returns the size of the copy (every byte of which went through `sink`), or -1 where
+// lib_CopyFile returns false. Throws as lib_CopyFile does.
+qint64 lib_CopyFileThrough(const QString &source, const QString &target, bool overwrite, CopySink &sink);
 // The temporary name lib_CopyFile would use for a target: path without extension + ".~NN".
 QString lib_TempCopyName(const QString &target, const QString &source);
 

@@ -11,6 +11,20 @@
 
 namespace quillet {
 
+namespace {
+
+// "yyyy-MM-dd HH:mm:ss", as QDateTime::toString gives it, without parsing the format on every
+// line of a report of many thousand files.
+QString reportTime(const QDateTime &time)
+{
+    const QDate d = time.date();
+    const QTime t = time.time();
+    return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d", d.year(), d.month(), d.day(), t.hour(), t.minute(),
+                             t.second());
+}
+
+} // namespace
+
 PublishReport::PublishReport(const PublishNames &names, const PublishSettings &settings, bool preview,
                              const QDateTime &runTime)
     : m_preview(preview)
@@ -37,8 +51,11 @@ PublishReport::PublishReport(const PublishNames &names, const PublishSettings &s
 
 QString PublishReport::csvField(const QString &text)
 {
-    static const QString special = QStringLiteral(",\"\r\n");
-    const bool quote = std::any_of(text.begin(), text.end(), [](QChar c) { return special.contains(c); })
+    const bool quote = std::any_of(text.begin(), text.end(),
+                                   [](QChar c) {
+                                       const char16_t u = c.unicode();
+                                       return u == u',' || u == u'"' || u == u'\r' || u == u'\n';
+                                   })
         || text.startsWith(QLatin1Char(' '));
     if (!quote)
         return text;
@@ -47,10 +64,14 @@ QString PublishReport::csvField(const QString &text)
 
 void PublishReport::writeRow(const QStringList &fields)
 {
-    QStringList out;
-    for (const QString &f : fields)
-        out << csvField(f);
-    m_file.write((out.join(QLatin1Char(',')) + QStringLiteral("\r\n")).toUtf8());
+    QString row;
+    for (qsizetype i = 0; i < fields.size(); ++i) {
+        if (i > 0)
+            row += QLatin1Char(',');
+        row += csvField(fields.at(i));
+    }
+    row += QLatin1String("\r\n");
+    m_file.write(row.toUtf8());
 }
 
 void PublishReport::add(const Line &line)
@@ -63,7 +84,7 @@ void PublishReport::add(const Line &line)
         ++it->second;
     m_copies += int(line.copiedTo.size());
     writeRow({line.path,
-              line.modified.isValid() ? line.modified.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : QString(),
+              line.modified.isValid() ? reportTime(line.modified) : QString(),
               line.outcome, line.reason, line.copiedTo.join(QStringLiteral("; ")),
               line.size >= 0 ? QString::number(line.size) : QString(), line.sha256});
     // What went out is on disk at once: a run that stops half-way leaves its record.

@@ -4,11 +4,14 @@
 
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
+#include "lib/fileutils.h"
 #include "lib/texthelpers.h"
 #include "workspace/allocationtag.h"
 #include "workspace/srcfiles.h"
 
-#include <QFileInfo>
+#include <QFile>
+
+#include <sys/stat.h>
 
 #include <algorithm>
 
@@ -32,11 +35,6 @@ int digitsAt(const QString &text, int from, int count)
             return -1;
     }
     return part.toInt();
-}
-
-QDateTime wholeSeconds(const QDateTime &time)
-{
-    return time.addMSecs(-time.time().msec());
 }
 
 } // namespace
@@ -91,11 +89,13 @@ Decision PublishRules::decide(const QString &path)
 {
     Decision d;
     d.path = path;
-    const QFileInfo info(path);
-    const bool exists = info.exists();
-    if (exists)
-        d.modified = wholeSeconds(info.lastModified()); // for the report also where the tests stop early
-    if (!SrcFiles::IsAcceptedName(info.fileName())) {
+    // One stat, read now rather than at the scan: a file may go while the run is under way.
+    struct stat st {};
+    const bool exists = ::stat(QFile::encodeName(path).constData(), &st) == 0;
+    if (exists) // for the report also where the tests stop early; the window compares whole seconds
+        d.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
+    const QString fileName = lib_FilePart(path);
+    if (!SrcFiles::IsAcceptedName(fileName)) {
         d.verdict = Verdict::NotPhoto;
         return d;
     }
@@ -107,7 +107,7 @@ Decision PublishRules::decide(const QString &path)
         d.verdict = Verdict::OutsideWindow;
         return d;
     }
-    decideTag(info.fileName(), d);
+    decideTag(fileName, d);
     return d;
 }
 

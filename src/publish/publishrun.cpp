@@ -141,6 +141,10 @@ QStringList PublishRun::sourceFiles() const
 
 QString PublishRun::relativeToSource(const QString &path) const
 {
+    // The scan's paths all start with the Source Dir as it names it.
+    const QString prefix = QDir::cleanPath(m_settings.srcDir) + QLatin1Char('/');
+    if (path.startsWith(prefix))
+        return path.mid(prefix.size());
     return QDir(m_settings.srcDir).relativeFilePath(path);
 }
 
@@ -198,6 +202,8 @@ void PublishRun::copyAll()
     m_filesOut = 0;
     m_cancelled = false;
     m_written.clear();
+    m_targetBase.reset();
+    m_sha = std::make_unique<Sha256Worker>();
     appState().cancel = false;
     PublishFamilies families(m_db, m_names.exclusionField);
     PublishRules rules(m_settings, families);
@@ -220,6 +226,7 @@ void PublishRun::copyAll()
                 port.progressUpdate(int(i + 1), int(i + 1));
         }
     }
+    m_sha.reset();
     port.progressHide();
     if (!m_cancelled)
         m_report->finish();
@@ -244,6 +251,8 @@ void PublishRun::consider(PublishRules &rules, const QString &path)
 
 // Copies one photo under its name without the tag: once, or once per family folder. The report
 // line says where it went, what failed, and whether it replaced a copy made earlier in this run.
+// The size and SHA-256 are those of the first copy made, taken from the bytes as they were
+// written to it.
 void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
 {
     QStringList failures;
@@ -251,9 +260,17 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
     for (const QString &relative : targetsOf(decision)) {
         ++m_copied; // the message line counts every copy attempted
         QString failure;
-        if (!copyOnce(decision.path, relative, failure)) {
+        const bool first = line.copiedTo.isEmpty();
+        if (first)
+            m_sha->begin();
+        const qint64 size = copyOnce(decision.path, relative, failure, first ? m_sha.get() : nullptr);
+        if (size < 0) {
             failures << relative + QStringLiteral(": ") + failure;
             continue;
+        }
+        if (first) {
+            line.size = size;
+            line.sha256 = m_sha->hex();
         }
         const QString earlier = m_written.value(relative);
         if (!earlier.isEmpty())
@@ -261,12 +278,8 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
         m_written.insert(relative, line.path);
         line.copiedTo << relative;
     }
-    if (!line.copiedTo.isEmpty()) {
+    if (!line.copiedTo.isEmpty())
         ++m_filesOut;
-        const QString first = lib_JoinPath(m_settings.tgtDir, line.copiedTo.first());
-        line.size = QFileInfo(first).size();
-        line.sha256 = Sha256OfFile(first);
-    }
     line.outcome = failures.isEmpty() ? QStringLiteral("copied")
         : line.copiedTo.isEmpty()     ? QStringLiteral("copy failed")
                                       : QStringLiteral("partly copied");
@@ -275,28 +288,34 @@ void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
         ++m_failures;
 }
 
-// One copy into the preparation folder. A target the family's folder name would lead outside
-// the folder is refused; a source that has gone is no reason to stop; any other failure asks
-// once whether to stop, since a full or failing disk fails every copy that follows.
-bool PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure)
+// One copy into the preparation folder; its size, or -1 with `failure` saying why. With `sha`,
+// every byte written also goes into the hash. A target the family's folder name would lead
+// outside the folder is refused; a source that has gone is no reason to stop; any other failure
+// asks once whether to stop, since a full or failing disk fails every copy that follows.
+qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure, Sha256Worker *sha)
 {
-    const ForeignPath target = ForeignPath::resolve(m_settings.tgtDir, relative);
+    if (!m_targetBase)
+        m_targetBase = std::make_unique<ForeignBase>(m_settings.tgtDir);
+    const ForeignPath target = m_targetBase->resolve(relative);
     if (!target.ok()) {
         failure = QStringLiteral("not written, the name leads outside the preparation folder (") + target.refusal()
             + QLatin1Char(')');
-        return false;
+        return -1;
     }
     try {
         const QString folder = lib_DirPart(target.path());
         if (!lib_MakePath(folder))
             throw Error(kLibErrorNumber, QStringLiteral("PublishRun"),
                         QStringLiteral("The folder ") + folder + QStringLiteral(" could not be created"));
-        lib_CopyFile(source, target.path(), true);
-        return true;
+        const qint64 size = sha ? lib_CopyFileThrough(source, target.path(), true, *sha)
+                                : (lib_CopyFile(source, target.path(), true) ? QFileInfo(target.path()).size() : -1);
+        if (size < 0)
+            failure = QStringLiteral("not written, the copy would be the file itself");
+        return size;
     } catch (const Error &e) {
         if (!QFileInfo::exists(source)) {
             failure = QStringLiteral("the file vanished during the run");
-            return false;
+            return -1;
         }
         failure = QString(e.description()).replace(QStringLiteral("\r\n"), QStringLiteral(" "));
         if (!m_askedAfterFailure) {
@@ -305,7 +324,7 @@ bool PublishRun::copyOnce(const QString &source, const QString &relative, QStrin
                              + QStringLiteral("\r\nFurther failures are only listed in the report.\r\nDo you wish to cancel?")))
                 appState().cancel = true;
         }
-        return false;
+        return -1;
     }
 }
 

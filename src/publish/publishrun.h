@@ -11,6 +11,8 @@
 namespace quillet {
 
 class FamilyDatabase;
+class ForeignBase;
+class Sha256Worker;
 
 // Prepares a web upload or a CD (one routine, two sets of names): copies the allocated photos
 // and movies of the date window from the Source Dir into the preparation folder, under their
@@ -48,7 +50,7 @@ private:
     void copyAll();
     void consider(PublishRules &rules, const QString &path);
     void copyFile(const Decision &decision, PublishReport::Line &line);
-    bool copyOnce(const QString &source, const QString &relative, QString &failure);
+    qint64 copyOnce(const QString &source, const QString &relative, QString &failure, Sha256Worker *sha);
     QString relativeToSource(const QString &path) const;
     QStringList targetsOf(const Decision &decision) const;
     void summarise();
@@ -69,6 +71,10 @@ private:
     // Targets written in this run: a second photo with the same name without its tag replaces
     // the first, and the report says so.
     QHash<QString, QString> m_written;
+    // The preparation folder, under which every target is resolved.
+    std::unique_ptr<ForeignBase> m_targetBase;
+    // Hashes the first copy of each file while it is written.
+    std::unique_ptr<Sha256Worker> m_sha;
 };
 
 } // namespace quillet

@@ -1,64 +1,123 @@
 #include "sha256file.h"
 
 #include <QCryptographicHash>
-#include <QFile>
 
 #ifdef QUILLET_HAVE_LIBCRYPTO
 #include <openssl/evp.h>
-#include <memory>
 #endif
 
 namespace quillet {
 
-namespace {
-
-// Hands the file's contents to `add` a chunk at a time; false when a read fails.
-template <typename Add>
-bool readChunks(QFile &file, Add add)
+#ifdef QUILLET_HAVE_LIBCRYPTO
+struct Sha256::State
 {
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
-    for (;;) {
-        const qint64 n = file.read(buffer.data(), buffer.size());
-        if (n < 0)
-            return false;
-        if (n == 0)
-            return true;
-        add(buffer.constData(), n);
+    State()
+        : ctx(EVP_MD_CTX_new(), EVP_MD_CTX_free)
+    {
+        ok = ctx && EVP_DigestInit_ex(ctx.get(), EVP_sha256(), nullptr) == 1;
     }
+    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> ctx;
+    bool ok = false;
+};
+
+void Sha256::add(const char *data, qint64 size)
+{
+    d->ok = d->ok && EVP_DigestUpdate(d->ctx.get(), data, size_t(size)) == 1;
 }
 
-#ifdef QUILLET_HAVE_LIBCRYPTO
-QString hash(QFile &file)
+QString Sha256::hex()
 {
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> ctx(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    if (!ctx || EVP_DigestInit_ex(ctx.get(), EVP_sha256(), nullptr) != 1)
-        return QString();
-    if (!readChunks(file, [&](const char *data, qint64 n) { EVP_DigestUpdate(ctx.get(), data, size_t(n)); }))
-        return QString();
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int size = 0;
-    if (EVP_DigestFinal_ex(ctx.get(), digest, &size) != 1)
-        return QString();
-    return QString::fromLatin1(QByteArray(reinterpret_cast<const char *>(digest), int(size)).toHex());
+    const bool ok = d->ok && EVP_DigestFinal_ex(d->ctx.get(), digest, &size) == 1;
+    d->ok = false;
+    return ok ? QString::fromLatin1(QByteArray(reinterpret_cast<const char *>(digest), int(size)).toHex()) : QString();
 }
 #else
-QString hash(QFile &file)
+struct Sha256::State
 {
-    QCryptographicHash sha(QCryptographicHash::Sha256);
-    if (!readChunks(file, [&](const char *data, qint64 n) { sha.addData(QByteArrayView(data, n)); }))
-        return QString();
-    return QString::fromLatin1(sha.result().toHex());
+    QCryptographicHash sha{QCryptographicHash::Sha256};
+    bool ok = true;
+};
+
+void Sha256::add(const char *data, qint64 size)
+{
+    d->sha.addData(QByteArrayView(data, size));
+}
+
+QString Sha256::hex()
+{
+    const bool ok = d->ok;
+    d->ok = false;
+    return ok ? QString::fromLatin1(d->sha.result().toHex()) : QString();
 }
 #endif
 
-} // namespace
-
-QString Sha256OfFile(const QString &path)
+Sha256::Sha256()
+    : d(std::make_unique<State>())
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return QString();
-    return hash(file);
+}
+
+Sha256::~Sha256() = default;
+
+Sha256Worker::Sha256Worker()
+    : m_sha(std::make_unique<Sha256>())
+    , m_thread([this] { work(); })
+{
+}
+
+Sha256Worker::~Sha256Worker()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        m_stop = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+}
+
+void Sha256Worker::work()
+{
+    std::unique_lock<std::mutex> lock(m_lock);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_busy || m_stop; });
+        if (m_stop)
+            return;
+        lock.unlock();
+        m_sha->add(m_data, m_size);
+        lock.lock();
+        m_busy = false;
+        m_changed.notify_all();
+    }
+}
+
+void Sha256Worker::begin()
+{
+    settle();
+    m_sha = std::make_unique<Sha256>();
+}
+
+void Sha256Worker::take(const char *data, qint64 size)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        m_data = data;
+        m_size = size;
+        m_busy = true;
+    }
+    m_changed.notify_all();
+}
+
+void Sha256Worker::settle()
+{
+    std::unique_lock<std::mutex> lock(m_lock);
+    m_changed.wait(lock, [this] { return !m_busy; });
+}
+
+QString Sha256Worker::hex()
+{
+    settle();
+    return m_sha->hex();
 }
 
 } // namespace quillet

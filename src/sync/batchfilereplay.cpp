@@ -96,6 +96,8 @@ ReplaySettings ReplaySettings::read(FamilyDatabase *db)
 BatchfileReplay::BatchfileReplay(const ReplaySettings &settings, ReplayOutcome &outcome)
     : m_settings(settings)
     , m_outcome(outcome)
+    , m_srcBase(settings.srcDir)
+    , m_tgtBase(settings.tgtDir)
 {
 }
 
@@ -146,10 +148,10 @@ void BatchfileReplay::record(const QString &result, const QString &donePath)
     }
 }
 
-QString BatchfileReplay::resolve(const BatchfileEntry &entry, int index, const QString &base, QString &refusal) const
+QString BatchfileReplay::resolve(const BatchfileEntry &entry, int index, ForeignBase &base, QString &refusal)
 {
     const QString operand = entry.operands.value(index);
-    const ForeignPath path = ForeignPath::resolve(base, operand);
+    const ForeignPath path = base.resolve(operand);
     QString why = entry.defect.isEmpty() ? path.refusal() : entry.defect;
     if (why.isEmpty())
         return path.path();
@@ -174,7 +176,7 @@ QString BatchfileReplay::apply(const BatchfileEntry &entry, bool rotationDone)
     for (int i = 0; i < entry.operands.size(); ++i) {
         const bool underTarget = targetOps || (is(Batchfile::kCopySource) && i == 1);
         QString refusal;
-        paths << resolve(entry, i, underTarget ? m_settings.tgtDir : m_settings.srcDir, refusal);
+        paths << resolve(entry, i, underTarget ? m_tgtBase : m_srcBase, refusal);
         if (!refusal.isEmpty())
             return refusal;
     }
@@ -230,7 +232,7 @@ QString BatchfileReplay::renameSource(const BatchfileEntry &entry, const QString
     BatchfileEntry renamed = entry;
     renamed.operands[1] = cut < 0 ? newName : sourceRelative.left(cut + 1) + newName;
     QString refusal;
-    const QString target = resolve(renamed, 1, m_settings.srcDir, refusal);
+    const QString target = resolve(renamed, 1, m_srcBase, refusal);
     if (!refusal.isEmpty())
         return refusal;
     if (!isSourceFile(src))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "batchfilereader.h"
+#include "foreignpath.h"
 
 #include <QFile>
 #include <QSet>
@@ -77,11 +78,14 @@ private:
     QString renameTargetDir(const QString &from, const QString &to);
 
     // Resolves operand `index` against `base`; on refusal logs it and sets `refusal`.
-    QString resolve(const BatchfileEntry &entry, int index, const QString &base, QString &refusal) const;
+    QString resolve(const BatchfileEntry &entry, int index, ForeignBase &base, QString &refusal);
     void record(const QString &result, const QString &donePath);
 
     ReplaySettings m_settings;
     ReplayOutcome &m_outcome;
+    // The Source Dir and Target Dir under which the operands are resolved.
+    ForeignBase m_srcBase;
+    ForeignBase m_tgtBase;
     QSet<int> m_rotationsDone;
     bool m_resumed = false;
 };

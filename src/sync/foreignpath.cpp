@@ -1,7 +1,10 @@
 #include "sync/foreignpath.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <sys/stat.h>
 
 namespace quillet {
 
@@ -44,9 +47,42 @@ bool within(const QString &canonicalBase, const QString &resolved)
 
 } // namespace
 
+ForeignBase::ForeignBase(const QString &baseDir)
+    : m_dir(baseDir)
+    , m_clean(baseDir.isEmpty() ? QString() : QDir::cleanPath(baseDir))
+{
+}
+
+const QString &ForeignBase::canonical()
+{
+    struct stat st {};
+    if (m_dir.isEmpty() || ::stat(QFile::encodeName(m_dir).constData(), &st) != 0) {
+        m_canonical.clear();
+        return m_canonical;
+    }
+    if (m_canonical.isEmpty() || quint64(st.st_dev) != m_device || quint64(st.st_ino) != m_inode) {
+        m_canonical = QFileInfo(m_dir).canonicalFilePath();
+        // Kept only when the name still led to the folder that was looked at.
+        struct stat again {};
+        if (m_canonical.isEmpty() || ::stat(QFile::encodeName(m_canonical).constData(), &again) != 0
+            || again.st_dev != st.st_dev || again.st_ino != st.st_ino) {
+            m_canonical.clear();
+            return m_canonical;
+        }
+        m_device = quint64(st.st_dev);
+        m_inode = quint64(st.st_ino);
+    }
+    return m_canonical;
+}
+
 bool ForeignPath::isInside(const QString &baseDir, const QString &path)
 {
-    const QString base = QFileInfo(baseDir).canonicalFilePath();
+    return ForeignBase(baseDir).isInside(path);
+}
+
+bool ForeignBase::isInside(const QString &path)
+{
+    const QString &base = canonical();
     if (base.isEmpty())
         return false;
     const QString resolved = resolvedForm(QDir::cleanPath(path));
@@ -55,17 +91,22 @@ bool ForeignPath::isInside(const QString &baseDir, const QString &path)
 
 ForeignPath ForeignPath::resolve(const QString &baseDir, const QString &relative)
 {
+    return ForeignBase(baseDir).resolve(relative);
+}
+
+ForeignPath ForeignBase::resolve(const QString &relative)
+{
     ForeignPath result;
     auto refuse = [&result](const QString &why) {
         result.m_path.clear();
         result.m_refusal = why;
         return result;
     };
-    if (baseDir.isEmpty())
+    if (m_dir.isEmpty())
         return refuse(QStringLiteral("no base folder"));
-    const QString base = QFileInfo(baseDir).canonicalFilePath();
+    const QString &base = canonical();
     if (base.isEmpty())
-        return refuse(QStringLiteral("base folder %1 does not exist").arg(baseDir));
+        return refuse(QStringLiteral("base folder %1 does not exist").arg(m_dir));
     if (relative.isEmpty())
         return refuse(QStringLiteral("empty path"));
     for (const QChar c : relative) {
@@ -91,12 +132,13 @@ ForeignPath ForeignPath::resolve(const QString &baseDir, const QString &relative
             return refuse(QStringLiteral("'%1' segment").arg(s));
     }
 
-    QString native = QDir::cleanPath(baseDir);
+    QString native = m_clean;
     for (const QString &s : segments)
         native += QLatin1Char('/') + s;
 
     // Symbolic links: every existing element on the way must stay inside the base.
-    QString walk = QDir::cleanPath(baseDir);
+    QString walk = m_clean;
+    bool linked = false;
     for (const QString &s : segments) {
         walk += QLatin1Char('/') + s;
         QFileInfo info(walk);
@@ -105,11 +147,16 @@ ForeignPath ForeignPath::resolve(const QString &baseDir, const QString &relative
         if (!info.exists())
             return refuse(QStringLiteral("dangling symbolic link %1").arg(walk));
         if (!within(base, info.canonicalFilePath()))
-            return refuse(QStringLiteral("symbolic link %1 leads outside %2").arg(walk, baseDir));
+            return refuse(QStringLiteral("symbolic link %1 leads outside %2").arg(walk, m_dir));
+        linked = true;
     }
-    const QString resolved = resolvedForm(native);
-    if (resolved.isEmpty() || !within(base, resolved))
-        return refuse(QStringLiteral("resolves outside %1").arg(baseDir));
+    // Without a link on the way (and no "." or ".." segments), the path is the base's folder and
+    // the segments as written: only a link needs the path resolved as a whole.
+    if (linked) {
+        const QString resolved = resolvedForm(native);
+        if (resolved.isEmpty() || !within(base, resolved))
+            return refuse(QStringLiteral("resolves outside %1").arg(m_dir));
+    }
 
     result.m_path = native;
     return result;

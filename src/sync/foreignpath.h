@@ -30,8 +30,32 @@ public:
     static bool isInside(const QString &baseDir, const QString &path);
 
 private:
+    friend class ForeignBase;
     QString m_path;
     QString m_refusal;
+};
+
+// One base folder for many paths (a replay's operands, a preparation's copies): resolves as
+// ForeignPath does, without finding the base's canonical form again for every path. It is taken
+// again whenever the base's name no longer leads to the same folder (moved, replaced, linked
+// elsewhere); every path is still walked and resolved afresh.
+class ForeignBase
+{
+public:
+    explicit ForeignBase(const QString &baseDir);
+
+    ForeignPath resolve(const QString &relative);
+    bool isInside(const QString &path);
+
+private:
+    // The canonical form of the base, brought up to date; empty when the base does not exist.
+    const QString &canonical();
+
+    QString m_dir;
+    QString m_clean;
+    QString m_canonical;
+    quint64 m_device = 0;
+    quint64 m_inode = 0;
 };
 
 } // namespace quillet

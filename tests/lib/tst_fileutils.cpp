@@ -25,6 +25,24 @@ QStringList trashed()
     return QDir(files).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
 }
 
+// Keeps what it is handed, and checks that no block comes before the one before it is settled.
+struct CollectingSink : CopySink
+{
+    QByteArray seen;
+    bool held = false;
+    bool overlapped = false;
+    std::function<void()> onTake;
+    void take(const char *data, qint64 size) override
+    {
+        overlapped = overlapped || held;
+        held = true;
+        seen.append(data, size);
+        if (onTake)
+            onTake();
+    }
+    void settle() override { held = false; }
+};
+
 } // namespace
 
 class TestFileUtils : public HomeTest
@@ -98,27 +116,30 @@ private Q_SLOTS:
     void copiesEveryByte_data()
     {
         QTest::addColumn<int>("size");
-        QTest::addColumn<bool>("withProgress");
+        QTest::addColumn<QString>("way");
         QTest::addColumn<bool>("otherFileSystem");
-        for (int size : {0, 1, 65537, 3 * (1 << 20) + 17}) {
-            for (bool progress : {false, true}) {
+        for (int size : {0, 1, 65537, 256 * 1024, 3 * (1 << 20) + 17}) {
+            for (const char *way : {"plain", "progress", "sink"}) {
                 for (bool other : {false, true})
-                    QTest::addRow("%d bytes%s%s", size, progress ? ", progress" : "", other ? ", to /dev/shm" : "")
-                        << size << progress << other;
+                    QTest::addRow("%d bytes, %s%s", size, way, other ? ", to /dev/shm" : "") << size << QString::fromLatin1(way)
+                                                                                         << other;
             }
         }
     }
-    // Whichever way the bytes travel (in the kernel on one file system, by hand between two, or
-    // with a progress report), the copy is the file, whole.
+    // Whichever way the bytes travel (in the kernel on one file system, by hand between two, with
+    // a progress report, or past a sink), the copy is the file, whole, with the file's dates; a
+    // sink sees every byte once, in order.
     void copiesEveryByte()
     {
         QFETCH(int, size);
-        QFETCH(bool, withProgress);
+        QFETCH(QString, way);
         QFETCH(bool, otherFileSystem);
         QByteArray bytes(size, Qt::Uninitialized);
         for (int i = 0; i < size; ++i)
             bytes[i] = char((i * 131) ^ (i >> 9));
         const QString src = m_env->writeFile(QStringLiteral("src/big.jpg"), bytes);
+        const QDateTime taken(QDate(2021, 6, 5), QTime(14, 3, 9, 250));
+        lib_SetFileDate(src, QLatin1Char('M'), taken);
         std::unique_ptr<QTemporaryDir> shm;
         QString target = m_env->path(QStringLiteral("tgt/big.jpg"));
         if (otherFileSystem) {
@@ -134,10 +155,47 @@ private Q_SLOTS:
             reported = done;
             return true;
         };
-        QVERIFY(lib_CopyFile(src, target, false, withProgress ? progress : CopyProgress()));
+        if (way == QLatin1String("sink")) {
+            CollectingSink sink;
+            QCOMPARE(lib_CopyFileThrough(src, target, false, sink), qint64(size));
+            QCOMPARE(sink.seen, bytes);
+            QVERIFY(!sink.held);
+            QVERIFY(!sink.overlapped);
+        } else {
+            QVERIFY(lib_CopyFile(src, target, false, way == QLatin1String("progress") ? progress : CopyProgress()));
+        }
         QCOMPARE(fileBytes(target), bytes);
-        if (withProgress && size > 0)
+        QCOMPARE(QFileInfo(target).lastModified(), taken);
+        if (way == QLatin1String("progress") && size > 0)
             QCOMPARE(reported, qint64(size));
+    }
+
+    // A source that grows while it is copied (a camera still writing it) gives no copy: the copy
+    // would not be the file, and a digest taken on the way would not be of any version of it.
+    void sourceGrowingDuringTheCopyFails()
+    {
+        const QString src = m_env->writeFile(QStringLiteral("src/growing.jpg"), QByteArray(600 * 1024, 'a'));
+        const QString target = m_env->path(QStringLiteral("tgt/growing.jpg"));
+        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
+        bool appended = false;
+        CollectingSink sink;
+        sink.onTake = [&] {
+            if (!std::exchange(appended, true)) {
+                QFile more(src);
+                QVERIFY(more.open(QIODevice::Append));
+                more.write(QByteArray(1000, 'b'));
+            }
+        };
+        try {
+            lib_CopyFileThrough(src, target, true, sink);
+            QFAIL("a copy of a growing file must fail");
+        } catch (const Error &e) {
+            QVERIFY2(e.description().contains(QStringLiteral("changed size")), qPrintable(e.description()));
+        }
+        QVERIFY(appended);
+        QVERIFY(!sink.held); // settled before the copy gave up
+        QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList());
+        QVERIFY(appState().pendingTempCopy.isEmpty());
     }
 
     void copyIntoFolderAndByPattern()

@@ -157,6 +157,41 @@ private Q_SLOTS:
                                      "left out: outside the date window=1", "copies made=1"}));
     }
 
+    void sizeAndDigestAreOfTheWholeCopy_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("familyFolders");
+        for (int size : {0, 256 * 1024, 1024 * 1024 + 3}) {
+            for (bool folders : {false, true})
+                QTest::addRow("%d bytes%s", size, folders ? ", family folders" : "") << size << folders;
+        }
+    }
+    // The digest is taken block by block as the copy is written, one copy after another: every
+    // block of every file counts, and nothing of the file before.
+    void sizeAndDigestAreOfTheWholeCopy()
+    {
+        QFETCH(int, size);
+        QFETCH(bool, familyFolders);
+        WriteSetting(QStringLiteral("WebTgtInclFam"), familyFolders);
+        QList<QByteArray> contents;
+        for (int n = 0; n < 3; ++n) {
+            QByteArray bytes(size, Qt::Uninitialized);
+            for (int i = 0; i < size; ++i)
+                bytes[i] = char((i * 7 + n * 13) ^ (i >> 11));
+            const QString name = QStringLiteral("IMG_%1(#12#7#).jpg").arg(n);
+            f->env.writeFile(QStringLiteral("src/") + name, bytes);
+            lib_SetFileDate(f->src(name), QLatin1Char('M'), kInside);
+            contents << bytes;
+        }
+        f->run(webVariant());
+        for (int n = 0; n < 3; ++n) {
+            const QStringList row = PublishFixture::rowOf(report(), QStringLiteral("IMG_%1(#12#7#).jpg").arg(n));
+            QCOMPARE(row.value(2), QStringLiteral("copied"));
+            QCOMPARE(row.value(5), QString::number(size));
+            QCOMPARE(row.value(6), PublishFixture::sha256(contents.at(n)));
+        }
+    }
+
     void missingSourceDirIsReported()
     {
         WriteSetting(QStringLiteral("SrcDir"), f->env.path(QStringLiteral("unplugged")));

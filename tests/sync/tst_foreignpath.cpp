@@ -67,6 +67,12 @@ private Q_SLOTS:
         QFETCH(QString, relative);
         QFETCH(QString, expected);
         const ForeignPath p = ForeignPath::resolve(base(), relative);
+        // A base kept for a run answers alike once it has its canonical form.
+        ForeignBase kept(base());
+        QVERIFY(kept.resolve(QStringLiteral("IMG_0001.jpg")).ok());
+        const ForeignPath again = kept.resolve(relative);
+        QCOMPARE(again.path(), p.path());
+        QCOMPARE(again.refusal(), p.refusal());
         if (expected.isEmpty()) {
             QVERIFY2(!p.ok(), qPrintable(p.path()));
             QVERIFY(!p.refusal().isEmpty());
@@ -83,6 +89,35 @@ private Q_SLOTS:
         QVERIFY(!p.ok());
         QVERIFY(p.refusal().contains(QStringLiteral("unplugged")));
         QVERIFY(!ForeignPath::resolve(QString(), QStringLiteral("x.jpg")).ok());
+    }
+
+    void baseChangedDuringTheRun_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::newRow("moved away") << "moved";
+        QTest::newRow("replaced by a link to outside") << "link";
+        QTest::newRow("replaced by a new folder") << "new";
+    }
+    // A base kept for a run takes its canonical form again when its name leads elsewhere: it
+    // answers as a fresh resolve would, never from the folder it saw before.
+    void baseChangedDuringTheRun()
+    {
+        QFETCH(QString, change);
+        ForeignBase kept(base());
+        QVERIFY(kept.resolve(QStringLiteral("x.jpg")).ok());
+        QVERIFY(QDir().rename(base(), m_dir->path() + QStringLiteral("/old")));
+        if (change == QLatin1String("link"))
+            QVERIFY(QFile::link(outside(), base()));
+        else if (change == QLatin1String("new"))
+            QVERIFY(QDir().mkpath(base()));
+        for (const QString &relative : {QStringLiteral("x.jpg"), QStringLiteral("sentinel.jpg"), QStringLiteral("Smith\\a.jpg")}) {
+            const ForeignPath fresh = ForeignPath::resolve(base(), relative);
+            const ForeignPath p = kept.resolve(relative);
+            QCOMPARE(p.path(), fresh.path());
+            QCOMPARE(p.ok(), fresh.ok());
+            QCOMPARE(kept.isInside(base() + QLatin1Char('/') + relative), ForeignPath::isInside(base(), base() + QLatin1Char('/') + relative));
+        }
+        QCOMPARE(kept.resolve(QStringLiteral("x.jpg")).ok(), change != QLatin1String("moved"));
     }
 
     void isInside()
