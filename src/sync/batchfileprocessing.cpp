@@ -48,13 +48,30 @@ struct EarlierReplays
     QSet<int> rotationsDone;
 };
 
-EarlierReplays earlierReplays(const QString &fileName, const BatchfileContent &content)
+// True when the entries of `done` are, one by one, the first entries of `content`.
+bool startsWith(const BatchfileContent &content, const BatchfileContent &done)
+{
+    if (done.entries.size() > content.entries.size())
+        return false;
+    for (int i = 0; i < done.entries.size(); ++i) {
+        if (done.entries.at(i).opcode != content.entries.at(i).opcode
+            || done.entries.at(i).operands != content.entries.at(i).operands)
+            return false;
+    }
+    return true;
+}
+
+// With `sameJournal`, only done copies whose entries are, one by one, the first entries of
+// `content` count: for a name that is used again by another journal later.
+EarlierReplays earlierReplays(const QString &fileName, const BatchfileContent &content, bool sameJournal = false)
 {
     EarlierReplays earlier;
     for (const QString &copy : BatchfileName::doneCopiesOf(BatchfileName::doneFolder(), fileName)) {
         const BatchfileContent done = BatchfileReader::readFile(copy);
         // A copy cut short by a crash still tells about its complete entries.
         if (!done.ok() && done.problem != BatchfileContent::Problem::TruncatedEntry)
+            continue;
+        if (sameJournal && !startsWith(content, done))
             continue;
         earlier.exist = true;
         earlier.count = std::max(earlier.count, done.processedCount);
@@ -230,10 +247,10 @@ QStringList BatchfileProcessing::ReplayAdopted(const QStringList &paths, const Q
     m_clock.start();
     m_questionMs = 0;
     ReplayOutcome outcome;
-    QStringList unfinished;
+    qsizetype p = 0;
     try {
         const ReplaySettings settings = ReplaySettings::read(m_db);
-        for (int p = 0; p < paths.size(); ++p) {
+        for (; p < paths.size(); ++p) {
             const QString &path = paths.at(p);
             const QString fileName = QFileInfo(path).fileName();
             const BatchfileContent content = BatchfileReader::readFile(path);
@@ -250,22 +267,9 @@ QStringList BatchfileProcessing::ReplayAdopted(const QStringList &paths, const Q
                 continue;
             }
             // The rotations this import finds done: those of an earlier, interrupted run of it
-            // (its done copy, when it matches this journal entry by entry), and those of the photos
-            // that came back turned.
-            QSet<int> rotationsDone;
-            for (const QString &copy : BatchfileName::doneCopiesOf(BatchfileName::doneFolder(), fileName)) {
-                const BatchfileContent was = BatchfileReader::readFile(copy);
-                if (!was.ok() && was.problem != BatchfileContent::Problem::TruncatedEntry)
-                    continue;
-                bool samePrefix = was.entries.size() <= content.entries.size();
-                for (int i = 0; samePrefix && i < was.entries.size(); ++i)
-                    samePrefix = was.entries.at(i).opcode == content.entries.at(i).opcode
-                        && was.entries.at(i).operands == content.entries.at(i).operands;
-                for (int i = 0; samePrefix && i < was.entries.size(); ++i) {
-                    if (was.entries.at(i).lineAfter && BatchfileReplay::isRotationDoneResult(*was.entries.at(i).lineAfter))
-                        rotationsDone.insert(i);
-                }
-            }
+            // (the device's current batchfile has the same name on every trip), and those of the
+            // photos that came back turned.
+            QSet<int> rotationsDone = earlierReplays(fileName, content, true).rotationsDone;
             for (int i = 0; i < content.entries.size(); ++i) {
                 const BatchfileEntry &entry = content.entries.at(i);
                 const bool rotation = entry.opcode == QLatin1String(Batchfile::kRotateSourceLeft)
@@ -279,16 +283,16 @@ QStringList BatchfileProcessing::ReplayAdopted(const QStringList &paths, const Q
             DebugLog(QStringLiteral("   Carrying out the Portable Copy's batchfile ") + path);
             if (!replayInto(fileName, content, settings, outcome, rotationsDone, true)) {
                 DebugLog(QStringLiteral("   Cancelled ") + path);
-                unfinished = paths.mid(p);
                 break;
             }
         }
     } catch (const Error &e) {
+        // The journal it stopped at (and those after it) stays where it is.
         prompt().progressHide();
         lib_ErrorHandler(QStringLiteral("ImportFromPortableCopy"), e);
     }
     finish(outcome);
-    return unfinished;
+    return paths.mid(p);
 }
 
 void BatchfileProcessing::finish(const ReplayOutcome &outcome)

@@ -37,8 +37,8 @@ public:
     // The rotations of the photos named in `turnedAlready` (file names) are skipped: those files
     // come back from the device turned. Each batchfile leaves a done copy, so an import that is cut
     // off and run again skips the rotations already made. Ends with the usual reports of failures
-    // and missing sources. Returns the paths the cancel flag kept from being carried out to their
-    // end (a malformed batchfile is not carried out; the user is told why).
+    // and missing sources. Returns the paths that the cancel flag or an error kept from being
+    // carried out to their end (a malformed batchfile is not carried out; the user is told why).
     QStringList ReplayAdopted(const QStringList &paths, const QSet<QString> &turnedAlready);
 
 private:
