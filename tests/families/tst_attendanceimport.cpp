@@ -114,12 +114,6 @@ class TestAttendanceImport : public QObject
                                : m_env->writeFile(QStringLiteral("days.") + format, bytes);
     }
 
-    static QByteArray fileBytes(const QString &path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
-
 private Q_SLOTS:
     void init()
     {

@@ -4,8 +4,7 @@
 #include "app/settingsstore.h"
 #include "families/familyeditor.h"
 #include "sync/batchfilejournal.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QDate>
 #include <QDir>
@@ -17,12 +16,10 @@
 using namespace quillet;
 using namespace quillet::test;
 
-class TestFamilyEditor : public QObject
+class TestFamilyEditor : public HomeTest
 {
     Q_OBJECT
 
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_port;
     std::unique_ptr<FamilyDatabase> m_db;
 
     // Adds a family the way the editor does; the folder is made when `folder`.
@@ -58,9 +55,8 @@ class TestFamilyEditor : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
-        m_port = std::make_unique<ScriptedPrompt>();
         m_db = std::make_unique<FamilyDatabase>();
         QVERIFY(m_db->OpenDatabase());
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("PC1"));
@@ -71,10 +67,8 @@ private Q_SLOTS:
     void cleanup()
     {
         QCOMPARE(m_port->unexpectedQuestions, 0);
-        Batchfile::SetCurrentPath(QString());
         m_db.reset();
-        m_port.reset();
-        m_env.reset();
+        HomeTest::cleanup();
     }
 
     void duplicateNames_data()
@@ -235,21 +229,13 @@ private Q_SLOTS:
             else
                 QVERIFY(editor.Save(f) > 0);
         }
+        QVERIFY(m_port->texts().contains(
+            "Note: first names starting with ( are treated in a number of sprecial ways eg. sorted last."));
         FamilyEditor editor(*m_db);
         editor.LoadList(false, false);
         QCOMPARE(editor.entryTexts(), (QStringList{"Amy and Bo Zed", "\u00c9mile Brun", "zoe Adams", "(Staff)"}));
         QCOMPARE(FamilyEditor::CountsText(editor.entryTexts()), QStringLiteral("3 families, 4 children"));
         QCOMPARE(FamilyEditor::CountsText({QStringLiteral("(Staff)")}), QString());
-    }
-
-    void noteForGroupEntry()
-    {
-        FamilyEditor editor(*m_db);
-        FamilyFields f;
-        f.firstName = QStringLiteral("(Staff)");
-        QVERIFY(editor.Save(f) > 0);
-        QCOMPARE(m_port->lastText(),
-                 QStringLiteral("Note: first names starting with ( are treated in a number of sprecial ways eg. sorted last."));
     }
 
     void listOrdersAndCurrentOnly()
@@ -430,17 +416,6 @@ private Q_SLOTS:
         editor.LoadList(false, true);
         editor.CopyList(true);
         QCOMPARE(m_port->clipboard, QStringLiteral("\tAnn Lee\r\n"));
-    }
-
-    void dirtyFlagSignalsChangesOnly()
-    {
-        FamilyEditor editor(*m_db);
-        QSignalSpy spy(&editor, &FamilyEditor::dirtyChanged);
-        editor.setDirty(false);
-        editor.setDirty(true);
-        editor.setDirty(true);
-        editor.setDirty(false);
-        QCOMPARE(spy.count(), 2);
     }
 };
 

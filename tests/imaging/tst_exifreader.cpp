@@ -15,12 +15,6 @@ namespace {
 
 const QString kDate = QStringLiteral("2009:03:14 15:09:26");
 
-QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 // Position of the 12-byte IFD entry of `tag` (with its type) in a generated file.
 qsizetype entryPos(const QByteArray &file, quint16 tag, quint16 type, bool intel)
 {
@@ -116,7 +110,7 @@ private Q_SLOTS:
         QRandomGenerator rng(42);
         clsEXIFreader reader;
         for (const QString &name : names) {
-            const QByteArray original = readAll(TestEnv::corpusDir() + QLatin1Char('/') + name);
+            const QByteArray original = fileBytes(TestEnv::corpusDir() + QLatin1Char('/') + name);
             QVERIFY(!original.isEmpty());
             for (int cut : {3, 12, 20, 40, 100, 300, 1000, 4000, 5000, 9000}) {
                 reader.Load(write(QStringLiteral("cut.jpg"), original.left(cut)));

@@ -4,8 +4,7 @@
 #include "imaging/rotatejpeg.h"
 #include "imaging/thumbnailcache.h"
 #include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "support/testjpeg.h"
 
 #include <QDir>
@@ -22,12 +21,6 @@ using namespace quillet;
 using namespace quillet::test;
 
 namespace {
-
-QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 // The first value of the first quantisation table: what the encoder's quality setting made.
 int firstQuantValue(const QByteArray &jpeg)
@@ -52,12 +45,9 @@ const QDateTime kTaken(QDate(2021, 6, 7), QTime(9, 30, 0));
 
 } // namespace
 
-class TestImageTransforms : public QObject
+class TestImageTransforms : public HomeTest
 {
     Q_OBJECT
-
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_prompt;
 
     QString photo(const QString &name, QSize size, const QString &date = QStringLiteral("2021:06:07 09:30:00"))
     {
@@ -77,18 +67,8 @@ class TestImageTransforms : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
-        m_prompt = std::make_unique<ScriptedPrompt>();
+        HomeTest::init();
         QDir().mkpath(m_env->path(QStringLiteral("tgt")));
-        appState().cancel = false;
-        appState().isPortableCopy = false;
-    }
-
-    void cleanup()
-    {
-        m_prompt.reset();
-        m_env.reset();
-        appState().isPortableCopy = false;
     }
 
     void sizeCodes_data()
@@ -112,7 +92,7 @@ private Q_SLOTS:
         const QString src = photo(QStringLiteral("p.jpg"), source);
         const QString tgt = target(QStringLiteral("p.jpg"));
         QVERIFY(CopyResizedImage(src, tgt, qint16(sizeCode), 3));
-        const QByteArray out = readAll(tgt);
+        const QByteArray out = fileBytes(tgt);
         QCOMPARE(jpegSize(out), expected);
         QCOMPARE(mtime(tgt), kTaken);
         // No EXIF block is carried over, nor any other marker from the source.
@@ -122,7 +102,7 @@ private Q_SLOTS:
         // Still the same picture: the red gradient runs left to right.
         const QImage img = decodeJpeg(out);
         QVERIFY(qRed(img.pixel(img.width() - 2, img.height() / 2)) > qRed(img.pixel(1, img.height() / 2)) + 100);
-        QVERIFY(m_prompt->messages().isEmpty());
+        QVERIFY(m_port->messages().isEmpty());
         QVERIFY(!QDir(m_env->path(QStringLiteral("tgt"))).entryList({QStringLiteral("*.~*")}).size());
     }
 
@@ -179,7 +159,7 @@ private Q_SLOTS:
         const QString src = m_env->writeFile(QStringLiteral("src/k.jpg"), jpeg);
         const QString tgt = target(QStringLiteral("k.jpg"));
         QVERIFY(CopyResizedImage(src, tgt, 1, 4));
-        const QByteArray out = readAll(tgt);
+        const QByteArray out = fileBytes(tgt);
         QCOMPARE(jpegSize(out), QSize(320, 192));
         const qsizetype sof = out.indexOf("\xFF\xC0");
         QVERIFY(sof > 0);
@@ -188,7 +168,7 @@ private Q_SLOTS:
         QVERIFY2(qAbs(pixel.red() - centre.red()) < 12 && qAbs(pixel.green() - centre.green()) < 12
                      && qAbs(pixel.blue() - centre.blue()) < 12,
                  qPrintable(pixel.name()));
-        QVERIFY(m_prompt->messages().isEmpty());
+        QVERIFY(m_port->messages().isEmpty());
     }
 
     void qualityCodes_data()
@@ -213,7 +193,7 @@ private Q_SLOTS:
         const QString src = photo(QStringLiteral("q.jpg"), QSize(800, 600));
         const QString tgt = target(QStringLiteral("q.jpg"));
         QVERIFY(CopyResizedImage(src, tgt, qualityCode ? 0 : 1, qint16(qualityCode)));
-        const QByteArray out = readAll(tgt);
+        const QByteArray out = fileBytes(tgt);
         QCOMPARE(firstQuantValue(out), quant);
         QCOMPARE(jpegSize(out), qualityCode ? QSize(800, 600) : QSize(320, 240));
         QVERIFY(!out.contains("Exif"));
@@ -225,7 +205,7 @@ private Q_SLOTS:
         const QString tgt = target(QStringLiteral("c.jpg"));
         m_env->writeFile(QStringLiteral("tgt/c.jpg"), "old");
         QVERIFY(CopyResizedImage(src, tgt, 0, 0));
-        QCOMPARE(readAll(tgt), readAll(src));
+        QCOMPARE(fileBytes(tgt), fileBytes(src));
         QCOMPARE(mtime(tgt), kTaken);
     }
 
@@ -243,7 +223,7 @@ private Q_SLOTS:
         FreeImage_Unload(rgb);
         const QString tgt = target(QStringLiteral("g.gif"));
         QVERIFY(CopyResizedImage(src, tgt, 1, 0));
-        QVERIFY(readAll(tgt).startsWith("GIF8"));
+        QVERIFY(fileBytes(tgt).startsWith("GIF8"));
         const QImage out(tgt);
         QCOMPARE(out.size(), QSize(320, 213));
         QCOMPARE(QColor(out.pixel(160, 100)), QColor(Qt::blue));
@@ -251,46 +231,42 @@ private Q_SLOTS:
 
     void failureAsksToCancel_data()
     {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<bool>("yes");
-        QTest::newRow("yes cancels") << true;
-        QTest::newRow("no goes on") << false;
+        const QByteArray movie("\0\0\0\x18" "ftypqt  ", 12);
+        QTest::newRow("yes cancels") << "clip.mov" << movie << true;
+        QTest::newRow("no goes on") << "clip.mov" << movie << false;
+        QTest::newRow("damaged jpeg, no") << "bad.jpg" << QByteArray("\xFF\xD8 not really a picture") << false;
     }
 
+    // The target a failed copy would have replaced keeps its bytes.
     void failureAsksToCancel()
     {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, bytes);
         QFETCH(bool, yes);
-        const QString src = m_env->writeFile(QStringLiteral("src/clip.mov"), QByteArray("\0\0\0\x18" "ftypqt  ", 12));
-        const QString tgt = target(QStringLiteral("clip.mov"));
-        m_env->writeFile(QStringLiteral("tgt/clip.mov"), "previous");
-        m_prompt->answer(yes);
-        QCOMPARE(CopyResizedImage(src, tgt, 2, 0), !yes);
+        const QString src = m_env->writeFile(QStringLiteral("src/") + name, bytes);
+        const QString tgt = target(name);
+        m_env->writeFile(QStringLiteral("tgt/") + name, "previous");
+        m_port->answer(yes);
+        QCOMPARE(CopyResizedImage(src, tgt, 2, 3), !yes);
         QCOMPARE(appState().cancel.load(), yes);
-        QCOMPARE(m_prompt->messages().size(), 1);
-        const auto &m = m_prompt->messages().first();
+        QCOMPARE(m_port->messages().size(), 1);
+        const auto &m = m_port->messages().first();
         QCOMPARE(m.style, 4);   // question, default Yes
         QCOMPARE(m.timeout, 5);
         QVERIFY(m.text.startsWith(QStringLiteral("Failed to load/copy ") + src + QStringLiteral(".\r\nErr: ")));
         QVERIFY(m.text.endsWith(QStringLiteral("\r\nDo you wish to cancel?")));
-        QCOMPARE(readAll(tgt), QByteArray("previous"));
-    }
-
-    void damagedJpegLeavesTheTarget()
-    {
-        const QString src = m_env->writeFile(QStringLiteral("src/bad.jpg"), "\xFF\xD8 not really a picture");
-        const QString tgt = target(QStringLiteral("bad.jpg"));
-        m_env->writeFile(QStringLiteral("tgt/bad.jpg"), "previous");
-        m_prompt->answer(false);
-        QVERIFY(CopyResizedImage(src, tgt, 3, 3));
-        QCOMPARE(readAll(tgt), QByteArray("previous"));
-        QVERIFY(!appState().cancel);
+        QCOMPARE(fileBytes(tgt), QByteArray("previous"));
     }
 
     void plainCopyFailureAsks()
     {
         const QString src = m_env->path(QStringLiteral("src/missing.jpg"));
-        m_prompt->answer(true);
+        m_port->answer(true);
         QVERIFY(!CopyResizedImage(src, target(QStringLiteral("missing.jpg")), 0, 0));
-        QVERIFY(m_prompt->lastText().startsWith(QStringLiteral("Failed to copy ") + src + QStringLiteral(".\r\nErr: ")));
+        QVERIFY(m_port->lastText().startsWith(QStringLiteral("Failed to copy ") + src + QStringLiteral(".\r\nErr: ")));
         QVERIFY(appState().cancel);
     }
 
@@ -309,16 +285,16 @@ private Q_SLOTS:
         QFETCH(bool, portable);
         appState().isPortableCopy = portable;
         const QString path = photo(QStringLiteral("r.jpg"), QSize(640, 480));
-        const QImage before = decodeJpeg(readAll(path));
+        const QImage before = decodeJpeg(fileBytes(path));
         QVERIFY(RotateJpeg(path, clockwise));
-        QCOMPARE(jpegSize(readAll(path)), QSize(480, 640));
+        QCOMPARE(jpegSize(fileBytes(path)), QSize(480, 640));
         QCOMPARE(mtime(path), kTaken);
         QCOMPARE(clsEXIFreader::DateTaken(path), kTaken); // the EXIF block stays
-        const QImage turned = decodeJpeg(readAll(path));
+        const QImage turned = decodeJpeg(fileBytes(path));
         QCOMPARE(turned.pixel(0, 0), before.pixel(clockwise ? 0 : 639, clockwise ? 479 : 0));
         for (int i = 0; i < 3; ++i)
             QVERIFY(RotateJpeg(path, clockwise));
-        QCOMPARE(decodeJpeg(readAll(path)), before);
+        QCOMPARE(decodeJpeg(fileBytes(path)), before);
         QCOMPARE(mtime(path), kTaken);
     }
 
@@ -326,7 +302,7 @@ private Q_SLOTS:
     {
         const QString path = photo(QStringLiteral("odd.jpg"), QSize(650, 487));
         QVERIFY(RotateJpeg(path, true));
-        const QSize turned = jpegSize(readAll(path));
+        const QSize turned = jpegSize(fileBytes(path));
         QVERIFY2(turned.width() <= 487 && turned.width() > 487 - 16, qPrintable(QString::number(turned.width())));
         QVERIFY2(turned.height() <= 650 && turned.height() > 650 - 16, qPrintable(QString::number(turned.height())));
         QVERIFY(RotateJpeg(path, false));
@@ -336,7 +312,7 @@ private Q_SLOTS:
     {
         const QString path = m_env->writeFile(QStringLiteral("src/clip.mov"), "movie bytes");
         QVERIFY(!RotateJpeg(path, true));
-        QCOMPARE(readAll(path), QByteArray("movie bytes"));
+        QCOMPARE(fileBytes(path), QByteArray("movie bytes"));
         QVERIFY(!RotateJpeg(m_env->path(QStringLiteral("src/none.jpg")), true));
     }
 

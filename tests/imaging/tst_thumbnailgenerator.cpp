@@ -1,7 +1,7 @@
 #include "imaging/cthumbnailgenerator.h"
 #include "imaging/thumbnailcache.h"
 #include "lib/error.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "support/testjpeg.h"
 
 #include <QDir>
@@ -51,11 +51,9 @@ QImage solid(QColor colour)
 
 } // namespace
 
-class TestThumbnailGenerator : public QObject
+class TestThumbnailGenerator : public HomeTest
 {
     Q_OBJECT
-
-    std::unique_ptr<TestEnv> m_env;
 
     QString photo(const QString &name, const TestJpeg &want)
     {
@@ -66,8 +64,6 @@ class TestThumbnailGenerator : public QObject
     }
 
 private Q_SLOTS:
-    void init() { m_env = std::make_unique<TestEnv>(); }
-    void cleanup() { m_env.reset(); }
 
     void fitsTheBox_data()
     {

@@ -65,11 +65,16 @@ bool TestEnv::makeInstallation() const
 QString TestEnv::writeFile(const QString &relative, const QByteArray &bytes) const
 {
     const QString p = path(relative);
-    QDir().mkpath(QFileInfo(p).absolutePath());
-    QFile f(p);
+    writeBytes(p, bytes);
+    return p;
+}
+
+void writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
     if (f.open(QIODevice::WriteOnly))
         f.write(bytes);
-    return p;
 }
 
 QByteArray fileBytes(const QString &path)

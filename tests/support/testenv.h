@@ -51,5 +51,7 @@ private:
 
 // The bytes of a file; empty when it cannot be read.
 QByteArray fileBytes(const QString &path);
+// Writes a file, making its folders.
+void writeBytes(const QString &path, const QByteArray &bytes);
 
 } // namespace quillet::test

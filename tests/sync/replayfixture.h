@@ -24,12 +24,6 @@
 
 namespace quillet::test {
 
-inline QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 // Every file and folder below `root` (links not followed) with a digest of its bytes, skipping
 // the folders named in `skip` (relative to root).
 inline QMap<QString, QByteArray> snapshot(const QString &root, const QStringList &skip = {})
@@ -48,7 +42,7 @@ inline QMap<QString, QByteArray> snapshot(const QString &root, const QStringList
         const QFileInfo info(path);
         out[rel] = info.isSymLink() ? info.symLinkTarget().toUtf8()
             : info.isDir()          ? QByteArray("dir")
-                                    : QCryptographicHash::hash(readAll(path), QCryptographicHash::Sha1);
+                                    : QCryptographicHash::hash(fileBytes(path), QCryptographicHash::Sha1);
     }
     return out;
 }
@@ -130,14 +124,14 @@ struct ReplayFixture
         const QString name = which < 0 ? done.last() : done.at(which);
         QStringList out;
         const QStringList lines =
-            QString::fromUtf8(readAll(BatchfileName::doneFolder() + "/" + name)).split(QStringLiteral("\r\n"));
+            QString::fromUtf8(fileBytes(BatchfileName::doneFolder() + "/" + name)).split(QStringLiteral("\r\n"));
         for (const QString &line : lines) {
             if (line.startsWith(QLatin1String("Results: ")))
                 out << line.mid(9);
         }
         return out;
     }
-    QString debugLog() const { return QString::fromUtf8(readAll(GetDebugLogPath())); }
+    QString debugLog() const { return QString::fromUtf8(fileBytes(GetDebugLogPath())); }
 };
 
 } // namespace quillet::test

@@ -77,14 +77,6 @@ struct TwoPcFixture
     }
 };
 
-inline void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    if (f.open(QIODevice::WriteOnly))
-        f.write(bytes);
-}
-
 // Sets the three transfer parameters as stored text ("" for Null) and reopens the database so
 // that its parameter row is read again.
 inline void setStamps(FamilyDatabase &db, const QString &update, const QString &exported, const QString &from)

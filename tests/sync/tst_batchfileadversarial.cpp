@@ -73,7 +73,7 @@ private Q_SLOTS:
         TestJpeg jpeg;
         jpeg.size = QSize(64, 48);
         QVERIFY(writeTestJpeg(root + "/outside/sentinel.jpg", jpeg));
-        const QByteArray sentinel = readAll(root + "/outside/sentinel.jpg");
+        const QByteArray sentinel = fileBytes(root + "/outside/sentinel.jpg");
         QVERIFY(QFile::link(root + "/outside", f.src("link")));
         QVERIFY(QFile::link(root + "/outside", f.tgt("link")));
         f.photo("IMG.jpg");
@@ -88,7 +88,7 @@ private Q_SLOTS:
 
         QCOMPARE(f.results().size(), 1);
         QVERIFY2(f.results().first().startsWith("failed"), qPrintable(f.results().first()));
-        QCOMPARE(readAll(root + "/outside/sentinel.jpg"), sentinel);
+        QCOMPARE(fileBytes(root + "/outside/sentinel.jpg"), sentinel);
         QCOMPARE(snapshot(root, skip), before);
         QVERIFY(f.debugLog().contains("Refused operand \"" + QString(operand).replace(QChar(0), "\\x00") + "\""));
         QVERIFY(f.port.lastText().startsWith("There were errors during processing")); // listed as a failure

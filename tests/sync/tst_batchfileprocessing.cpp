@@ -12,7 +12,7 @@ class TestBatchfileProcessing : public QObject
 
     std::unique_ptr<ReplayFixture> f;
 
-    static QSize sizeOf(const QString &path) { return jpegSize(readAll(path)); }
+    static QSize sizeOf(const QString &path) { return jpegSize(fileBytes(path)); }
 
 private Q_SLOTS:
     void init() { f = std::make_unique<ReplayFixture>(); }
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QVERIFY(f->doneFiles().isEmpty());
         f->process({true, true});
         QVERIFY(!QFileInfo::exists(path));
-        QVERIFY(readAll(BatchfileName::doneFolder() + "/" + f->doneFiles().first())
+        QVERIFY(fileBytes(BatchfileName::doneFolder() + "/" + f->doneFiles().first())
                     .contains(QByteArray(QByteArray("Number of times processed: ") + QByteArray::number(count + 1) + "\r\n")));
     }
 
@@ -150,13 +150,13 @@ private Q_SLOTS:
     {
         f->photo("IMG.jpg");
         f->photo("IMG(#3#).jpg", QSize(64, 48), 2);
-        const QByteArray tagged = readAll(f->src("IMG(#3#).jpg"));
+        const QByteArray tagged = fileBytes(f->src("IMG(#3#).jpg"));
         f->photo("Same.jpg");
         f->batchfile({"NS", "IMG.jpg", "IMG(#3#).jpg", "NS", "Same.jpg", "Same.jpg"});
         f->process();
         QCOMPARE(f->results(), (QStringList{"ok", "ok"}));
         QVERIFY(!QFileInfo::exists(f->src("IMG.jpg")));
-        QCOMPARE(readAll(f->src("IMG(#3#).jpg")), tagged);
+        QCOMPARE(fileBytes(f->src("IMG(#3#).jpg")), tagged);
         QVERIFY(QFileInfo::exists(f->src("Same.jpg"))); // renaming onto itself keeps the photo
     }
 
@@ -197,7 +197,7 @@ private Q_SLOTS:
         f->batchfile({"CS", "IMG.jpg", "Ann Lee\\IMG.jpg", "CS", "IMG.jpg", "Bob\\IMG.jpg"});
         f->process();
         QCOMPARE(f->results(), (QStringList{"ok", "ok"}));
-        QCOMPARE(readAll(f->tgt("Ann Lee/IMG.jpg")), readAll(f->src("IMG.jpg")));
+        QCOMPARE(fileBytes(f->tgt("Ann Lee/IMG.jpg")), fileBytes(f->src("IMG.jpg")));
         QCOMPARE(sizeOf(f->tgt("Bob/IMG.jpg")), QSize(320, 240));
     }
 
@@ -267,7 +267,7 @@ private Q_SLOTS:
         f->process();
         const QString done = f->doneFiles().first();
         QVERIFY(QRegularExpression("^\\d{10}_Batchfile_161116204830_PC2\\.log$").match(done).hasMatch());
-        QCOMPARE(readAll(BatchfileName::doneFolder() + "/" + done),
+        QCOMPARE(fileBytes(BatchfileName::doneFolder() + "/" + done),
                  (f->src() + "\r\n" + f->tgt()
                   + "\r\nNumber of times processed: 1\r\nCS\r\nIMG.jpg\r\nAnn\\IMG.jpg\r\nResults: ok\r\n"
                     "DS\r\nIMG.jpg\r\nResults: ok\r\n")

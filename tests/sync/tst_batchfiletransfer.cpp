@@ -150,7 +150,7 @@ private Q_SLOTS:
         BatchfileTransfer transfer;
         QVERIFY(transfer.ExportBatchfiles().startsWith("1 file exported\r\n1 file left in "));
         QVERIFY(transfer.ExportBatchfiles().startsWith("1 file exported\r\n"));
-        QCOMPARE(readAll(xfr(QFileInfo(closed).fileName())), waiting);
+        QCOMPARE(fileBytes(xfr(QFileInfo(closed).fileName())), waiting);
         QVERIFY(QFileInfo::exists(closed));
         const QStringList archive = f->doneFiles();
         QCOMPARE(archive.size(), 2);
@@ -177,7 +177,7 @@ private Q_SLOTS:
         QCOMPARE(transfer.ImportBatchfiles(), "2 files imported");
         QCOMPARE(refreshes, 1);
         for (const QString &name : taken) {
-            QCOMPARE(readAll(AppPaths::dataFile(name)), complete);
+            QCOMPARE(fileBytes(AppPaths::dataFile(name)), complete);
             QVERIFY(!QFileInfo::exists(xfr(name)));
         }
         for (const QString &name : left)
@@ -265,7 +265,7 @@ private Q_SLOTS:
         QCOMPARE(names(root + "/srcB"), names(a.src()));
         QCOMPARE(names(root + "/srcB"), (QStringList{"P1(#3#5#).jpg", "P2(#3#5#).jpg", "P3(#7#).jpg", "P4.jpg",
                                                     "P5.jpg"}));
-        QCOMPARE(readAll(root + "/srcB/P5.jpg"), readAll(a.src("P5.jpg"))); // turned the same way
+        QCOMPARE(fileBytes(root + "/srcB/P5.jpg"), fileBytes(a.src("P5.jpg"))); // turned the same way
         QVERIFY(QFileInfo::exists(root + "/homeB/Temp/QLtemp/P7.jpg"));
         QVERIFY(a.port.opened.isEmpty()); // no failure, no missing source
 

@@ -1,8 +1,7 @@
 #include "transferfixture.h"
 
 #include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 #include "sync/batchfilejournal.h"
 #include "sync/portablecopyimport.h"
 #include "workspace/allocationsave.h"
@@ -18,12 +17,10 @@ using namespace quillet::test;
 
 // Import from a portable copy: its device folder (settings file, batchfiles, undo files) and its
 // folder of allocated originals, on the same and on another file system.
-class TestPortableCopyImport : public QObject
+class TestPortableCopyImport : public HomeTest
 {
     Q_OBJECT
 
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_port;
     std::unique_ptr<PcHome> m_pc;
     QString m_device; // the device's root
     int m_refreshes = 0;
@@ -56,21 +53,11 @@ class TestPortableCopyImport : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
-        m_port = std::make_unique<ScriptedPrompt>();
-        appState().cancel = false;
-        appState().isPortableCopy = false;
+        HomeTest::init();
         m_refreshes = 0;
         m_pc = std::make_unique<PcHome>(m_env->root(), QStringLiteral("A"));
         QVERIFY(m_pc->install(QString()));
         makeDevice(m_env->path(QStringLiteral("device")));
-    }
-    void cleanup()
-    {
-        m_port.reset();
-        m_env.reset();
-        appState().isPortableCopy = false;
-        Batchfile::SetCurrentPath(QString());
     }
 
     void noDeviceNamesTheSettingsFile()

@@ -54,7 +54,7 @@ class TestReplayCrash : public QObject
     {
         QStringList untagged;
         for (const QString &file : QDir(f.src()).entryList(QDir::Files)) {
-            const QByteArray bytes = readAll(f.src(file));
+            const QByteArray bytes = fileBytes(f.src(file));
             QVERIFY2(bytes == m_original || bytes == m_turned, qPrintable(file));
             untagged << StripFamIDs(file);
             if (finished) {
@@ -72,7 +72,7 @@ class TestReplayCrash : public QObject
                 QVERIFY2(!finished, qPrintable(path + " left behind"));
                 continue; // an interrupted copy's temporary, cleared by the next run
             }
-            const QByteArray bytes = readAll(path);
+            const QByteArray bytes = fileBytes(path);
             QVERIFY2(bytes == m_original || bytes == m_turned, qPrintable(path));
             ++copies;
         }
@@ -93,7 +93,7 @@ private Q_SLOTS:
         turned.write(m_original);
         turned.close();
         QVERIFY(RotateJpeg(turned.fileName(), false));
-        m_turned = readAll(turned.fileName());
+        m_turned = fileBytes(turned.fileName());
     }
 
     void killedReplayLosesNothing_data()
@@ -127,7 +127,7 @@ private Q_SLOTS:
         const QStringList done = f.doneFiles();
         QVERIFY(!done.isEmpty());
         if (done.size() == 2)
-            QVERIFY(readAll(BatchfileName::doneFolder() + "/" + done.last()).contains("Number of times processed: 2\r\n"));
+            QVERIFY(fileBytes(BatchfileName::doneFolder() + "/" + done.last()).contains("Number of times processed: 2\r\n"));
     }
 };
 
