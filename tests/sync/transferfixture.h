@@ -7,12 +7,17 @@
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/apppaths.h"
+#include "sync/batchfilejournal.h"
+#include "workspace/allocationsave.h"
+#include "workspace/photooperations.h"
+#include "workspace/workspace.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QTest>
 
 namespace quillet::test {
 
@@ -101,6 +106,36 @@ inline QStringList familyNames(FamilyDatabase &db)
     for (const QSqlRecord &r : db.select(QStringLiteral("SELECT * FROM tblFamilies ORDER BY FamilyID")))
         names << r.value(QStringLiteral("FirstName")).toString();
     return names;
+}
+
+// Works on the active PC, one step at a time: a Save of the photos named to the one family, or
+// (family kTurn) a quarter turn of them anticlockwise.
+inline constexpr int kTurn = 0;
+inline void allocate(FamilyDatabase &db, const QList<QPair<QStringList, int>> &steps)
+{
+    Batchfile::InitBatchfile();
+    Workspace ws(db, PhotoServices::Default());
+    ws.ReadSessionSettings();
+    ws.options().thumbnails = false;
+    ws.options().filterByDay = false;
+    ws.CreateUndos();
+    AllocationSave save(ws);
+    for (const auto &[photos, family] : steps) {
+        ws.LoadSource(true, false);
+        ws.ReloadFamilyCollections();
+        ws.LoadFamilies(false, false, false, false, false);
+        for (int i = 0; i < ws.sourceList().rowCount(); ++i)
+            ws.sourceList().setSelected(i, photos.contains(ws.sourceList().at(i).text));
+        if (family == kTurn) {
+            QVERIFY(PhotoOperations(ws).RotateSelected(false));
+            continue;
+        }
+        ws.familyList().clearSelection();
+        ws.familyList().setSelected(ws.familyList().positionOfId(family), true);
+        save.Save();
+    }
+    ws.undos().SaveToFile();
+    Batchfile::SetCurrentPath(QString());
 }
 
 } // namespace quillet::test

@@ -4,8 +4,6 @@
 #include "support/hometest.h"
 #include "sync/batchfilejournal.h"
 #include "sync/portablecopyimport.h"
-#include "workspace/allocationsave.h"
-#include "workspace/workspace.h"
 
 #include <QDirIterator>
 #include <QImage>
@@ -249,23 +247,10 @@ private Q_SLOTS:
             FamilyDatabase db;
             QVERIFY(db.OpenDatabase());
             addFamily(db, 4, QStringLiteral("Dora"));
-            Batchfile::InitBatchfile();
-            Workspace ws(db, PhotoServices::Default());
-            ws.ReadSessionSettings();
-            ws.options().thumbnails = false;
-            ws.options().filterByDay = false;
-            ws.CreateUndos();
-            ws.LoadSource(true, false);
-            ws.LoadFamilies(false, false, false, false, false);
-            QCOMPARE(ws.sourceList().rowCount(), 1);
-            ws.sourceList().setSelected(0, true);
-            ws.familyList().setSelected(0, true);
-            AllocationSave(ws).Save();
-            ws.undos().SaveToFile();
+            allocate(db, {{{"IMG_0500.jpg"}, 4}});
         }
         QCOMPARE(fileBytes(originals() + "/IMG_0500.jpg"), photo);
         QVERIFY(QFileInfo::exists(xfr() + "/_Batchfile_999999999999_A.log"));
-        Batchfile::SetCurrentPath(QString());
 
         // Back on the PC.
         appState().isPortableCopy = false;

@@ -8,9 +8,6 @@
 #include "sync/databasetransfer.h"
 #include "sync/portablecopyimport.h"
 #include "sync/unallocatedtransfer.h"
-#include "workspace/allocationsave.h"
-#include "workspace/photooperations.h"
-#include "workspace/workspace.h"
 
 #include <QCryptographicHash>
 #include <QDirIterator>
@@ -37,36 +34,6 @@ QMap<QString, QByteArray> tree(const QString &root)
 QStringList names(const QString &folder)
 {
     return QDir(folder).entryList(QDir::Files, QDir::Name);
-}
-
-// Works on the active PC, one step at a time: a Save of the photos named to the one family, or
-// (family kTurn) a quarter turn of them anticlockwise.
-constexpr int kTurn = 0;
-void allocate(FamilyDatabase &db, const QList<QPair<QStringList, int>> &steps)
-{
-    Batchfile::InitBatchfile();
-    Workspace ws(db, PhotoServices::Default());
-    ws.ReadSessionSettings();
-    ws.options().thumbnails = false;
-    ws.options().filterByDay = false;
-    ws.CreateUndos();
-    AllocationSave save(ws);
-    for (const auto &[photos, family] : steps) {
-        ws.LoadSource(true, false);
-        ws.ReloadFamilyCollections();
-        ws.LoadFamilies(false, false, false, false, false);
-        for (int i = 0; i < ws.sourceList().rowCount(); ++i)
-            ws.sourceList().setSelected(i, photos.contains(ws.sourceList().at(i).text));
-        if (family == kTurn) {
-            QVERIFY(PhotoOperations(ws).RotateSelected(false));
-            continue;
-        }
-        ws.familyList().clearSelection();
-        ws.familyList().setSelected(ws.familyList().positionOfId(family), true);
-        save.Save();
-    }
-    ws.undos().SaveToFile();
-    Batchfile::SetCurrentPath(QString());
 }
 
 QString importBatchfiles(FamilyDatabase &db)
