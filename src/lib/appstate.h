@@ -20,8 +20,6 @@ struct AppState
     std::atomic<bool> isPortableCopy{false};
     // The moment the main window began loading.
     QDateTime startTime;
-    // Name of the temporary file of a copy in progress, empty when none.
-    QString pendingTempCopy;
     // The system's text for the last failed copy.
     QString lastSystemError;
 };

@@ -163,20 +163,48 @@ char *copyBuffer()
     return buffer.get();
 }
 
+// Creates the temporary of a copy to `target` under a name no file has yet: another copy (on
+// another thread or in another program) may be choosing one in the same folder at this moment.
+// `temp` receives the name once the file is created. Unbuffered: the bytes go out in large blocks
+// anyway, and a failed write then carries the system's reason (a full disk) rather than a
+// buffered flush's "Unknown error".
+QString createTemp(QFile &out, const QString &target, const QString &source, QString &temp)
+{
+    const QString stem = lib_PathWithoutExt(target);
+    const QString sourceAbs = QFileInfo(source).absoluteFilePath();
+    const QString targetAbs = QFileInfo(target).absoluteFilePath();
+    // From a random start through all hundred names, so that a free one is found however many
+    // are taken.
+    const int start = QRandomGenerator::global()->bounded(100);
+    for (int i = 0; i < 100; ++i) {
+        const QString name = stem + QStringLiteral(".~") + QString::number((start + i) % 100).rightJustified(2, QLatin1Char('0'));
+        const QString nameAbs = QFileInfo(name).absoluteFilePath();
+        if (nameAbs == sourceAbs || nameAbs == targetAbs)
+            continue;
+        out.setFileName(name);
+        if (out.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
+            temp = name;
+            return QString();
+        }
+        const QFileInfo taken(name);
+        if (!taken.exists() && !taken.isSymLink())
+            return out.errorString();
+    }
+    return QStringLiteral("No free temporary name for ") + target;
+}
+
 // Copies the bytes and flushes them to the disk, so that after the rename the target is complete
 // even if the machine stops. Returns an empty text on success, else the system's reason. `dates`
 // receives the source's access and modification times.
-QString copyBytes(const QString &source, const QString &temp, const CopyProgress &progress, qint64 &done,
-                  timespec dates[2])
+QString copyBytes(const QString &source, const QString &target, QString &temp, const CopyProgress &progress,
+                  qint64 &done, timespec dates[2])
 {
     QFile in(source);
     if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return in.errorString();
-    QFile out(temp);
-    // Unbuffered: the bytes go out in large blocks anyway, and a failed write then carries the
-    // system's reason (a full disk) rather than a buffered flush's "Unknown error".
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-        return out.errorString();
+    QFile out;
+    if (const QString failure = createTemp(out, target, source, temp); !failure.isEmpty())
+        return failure;
     auto finish = [&]() { return finishCopy(in, out, temp, dates); };
     const qint64 total = in.size();
     done = 0;
@@ -216,7 +244,8 @@ QString copyBytes(const QString &source, const QString &temp, const CopyProgress
 
 // copyBytes past a sink. The first block is read and handed to the sink before the temporary
 // is created, so that the sink's work on it overlaps the creation and the writing.
-QString copyBytesThrough(const QString &source, const QString &temp, CopySink &sink, qint64 &done, timespec dates[2])
+QString copyBytesThrough(const QString &source, const QString &target, QString &temp, CopySink &sink, qint64 &done,
+                         timespec dates[2])
 {
     QFile in(source);
     if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
@@ -243,9 +272,9 @@ QString copyBytesThrough(const QString &source, const QString &temp, CopySink &s
         sink.take(buffer, n);
         pending.held = true;
     }
-    QFile out(temp);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-        return out.errorString();
+    QFile out;
+    if (const QString failure = createTemp(out, target, source, temp); !failure.isEmpty())
+        return failure;
     while (n > 0) {
         errno = 0;
         if (out.write(buffer, n) != n)
@@ -277,19 +306,17 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
     if (QFileInfo::exists(target) && !overwrite)
         return false;
 
-    const QString temp = lib_TempCopyName(target, source);
-    appState().pendingTempCopy = temp;
+    QString temp;
     qint64 copied = 0;
     timespec dates[2] {};
-    const QString failure = sink ? copyBytesThrough(source, temp, *sink, copied, dates)
-                                 : copyBytes(source, temp, progress, copied, dates);
+    const QString failure = sink ? copyBytesThrough(source, target, temp, *sink, copied, dates)
+                                 : copyBytes(source, target, temp, progress, copied, dates);
     if (!failure.isEmpty()) {
-        appState().lastSystemError = failure;
-        QFile::remove(temp);
-        appState().pendingTempCopy.clear();
+        if (!temp.isEmpty())
+            QFile::remove(temp);
         throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
                     QStringLiteral("Failed to copy file\r\n") + failure + QStringLiteral("\r\nSrc=") + source
-                        + QStringLiteral("\r\nTgt=") + temp);
+                        + QStringLiteral("\r\nTgt=") + (temp.isEmpty() ? target : temp));
     }
     bool removed = false;
     try {
@@ -299,13 +326,11 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
     }
     if (!removed) {
         QFile::remove(temp);
-        appState().pendingTempCopy.clear();
         throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
                     QStringLiteral("Failed to copy file\r\nCould not delete existing target file"));
     }
     const QByteArray targetName = QFile::encodeName(target);
     const bool renamed = ::rename(QFile::encodeName(temp).constData(), targetName.constData()) == 0;
-    appState().pendingTempCopy.clear();
     if (!renamed) {
         const QString reason = QString::fromLocal8Bit(std::strerror(errno));
         QFile::remove(temp);

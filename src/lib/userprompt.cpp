@@ -1,6 +1,7 @@
 #include "userprompt.h"
 
 #include <QCoreApplication>
+#include <QThread>
 #include <cstdio>
 
 namespace quillet {
@@ -45,6 +46,19 @@ UserPrompt &prompt()
 void setPrompt(UserPrompt *port)
 {
     g_port = port;
+}
+
+BusyPointer::BusyPointer()
+    : m_shown(!QCoreApplication::instance() || QThread::currentThread() == QCoreApplication::instance()->thread())
+{
+    if (m_shown)
+        prompt().setBusy(true);
+}
+
+BusyPointer::~BusyPointer()
+{
+    if (m_shown)
+        prompt().setBusy(false);
 }
 
 } // namespace quillet

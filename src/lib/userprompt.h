@@ -101,14 +101,18 @@ UserPrompt &prompt();
 // Installs a port (not owned); nullptr restores the quiet default.
 void setPrompt(UserPrompt *port);
 
-// Keeps the busy pointer on for a scope, also when an error leaves it.
+// Keeps the busy pointer on for a scope, also when an error leaves it. On any thread but the
+// windows' own it does nothing (file routines used by worker threads keep one).
 class BusyPointer
 {
 public:
-    BusyPointer() { prompt().setBusy(true); }
-    ~BusyPointer() { prompt().setBusy(false); }
+    BusyPointer();
+    ~BusyPointer();
     BusyPointer(const BusyPointer &) = delete;
     BusyPointer &operator=(const BusyPointer &) = delete;
+
+private:
+    bool m_shown;
 };
 
 } // namespace quillet

@@ -1,19 +1,14 @@
 #include "publishrun.h"
 
-#include "sha256file.h"
-
 #include "app/familydatabase.h"
 #include "app/settingsstore.h"
 #include "lib/appstate.h"
 #include "lib/debuglog.h"
-#include "lib/deferredsync.h"
-#include "lib/error.h"
 #include "lib/errorhandler.h"
 #include "lib/fileutils.h"
 #include "lib/findfiles.h"
 #include "lib/texthelpers.h"
 #include "lib/userprompt.h"
-#include "sync/foreignpath.h"
 #include "workspace/allocationtag.h"
 
 #include <QDir>
@@ -26,6 +21,10 @@ namespace {
 // How often the progress report is brought up to date (a repaint per file would cost more than
 // the tests of most files).
 constexpr int kProgressStep = 64;
+// Copy jobs given to the workers ahead of the oldest whose line is not yet written, and how
+// long the run waits for one to finish before it looks at the window again.
+constexpr int kJobsAhead = 8;
+constexpr int kWaitMs = 50;
 
 // A message with the extra button of the port; a question's answer is returned.
 bool showWithAction(const QString &style, const QString &text, bool answer, const QString &caption,
@@ -202,8 +201,11 @@ void PublishRun::copyAll()
     m_filesOut = 0;
     m_cancelled = false;
     m_written.clear();
-    m_targetBase.reset();
-    m_sha = std::make_unique<Sha256Worker>();
+    m_pending.clear();
+    m_outcomes.clear();
+    m_recorded = 0;
+    m_considered = 0;
+    m_jobsWaiting = 0;
     appState().cancel = false;
     PublishFamilies families(m_db, m_names.exclusionField);
     PublishRules rules(m_settings, families);
@@ -211,121 +213,146 @@ void PublishRun::copyAll()
     UserPrompt &port = prompt();
     port.progressShow(m_names.progressText);
     port.progressInit(int(files.size()));
+    const auto stopped = [&](const QString &by) -> QString {
+        return QStringLiteral("Stopped by ") + by + QStringLiteral(" after ") + QString::number(m_recorded)
+            + QStringLiteral(" of ") + QString::number(files.size()) + QStringLiteral(" files");
+    };
     {
-        // One flush to the disk at the end instead of one per copy.
-        DeferredSync sync;
-        for (qsizetype i = 0; i < files.size(); ++i) {
-            if (appState().cancel) {
-                m_cancelled = true;
-                m_report->finish(QStringLiteral("Stopped by the user after ") + QString::number(i) + QStringLiteral(" of ")
-                                 + QString::number(files.size()) + QStringLiteral(" files"));
-                break;
+        PublishCopier copier(m_settings.tgtDir, PublishCopier::workersForThisMachine());
+        try {
+            for (qsizetype i = 0; i < files.size() && !appState().cancel; ++i) {
+                consider(rules, files.at(i), copier);
+                m_considered = int(i + 1);
+                if (m_considered % kProgressStep == 0 || m_considered == files.size())
+                    port.progressUpdate(m_considered, m_considered);
             }
-            consider(rules, files.at(i));
-            if ((i + 1) % kProgressStep == 0 || i + 1 == files.size())
-                port.progressUpdate(int(i + 1), int(i + 1));
+        } catch (...) {
+            // An error (the database) ends the run: what the workers copied is still listed
+            // before the error goes to the command's handler.
+            m_askedAfterFailure = true;
+            copier.dropQueued();
+            finishCopies(copier);
+            port.progressHide();
+            m_report->finish(stopped(QStringLiteral("an error")));
+            throw;
         }
+        finishCopies(copier);
     }
-    m_sha.reset();
+    // Stopped before every file was decided and recorded (stopping during the last copies of
+    // a run that had decided everything leaves it whole).
+    m_cancelled = m_recorded < files.size();
     port.progressHide();
-    if (!m_cancelled)
-        m_report->finish();
+    m_report->finish(m_cancelled ? stopped(QStringLiteral("the user")) : QString());
     DebugLog(m_names.command + QStringLiteral(": ") + lib_FormatCount(files.size(), QStringLiteral("file"))
              + QStringLiteral(", ") + copiesText(m_copied) + QStringLiteral(" in ")
              + lib_FormatElapsed(9, started.msecsTo(QDateTime::currentDateTime())));
 }
 
-void PublishRun::consider(PublishRules &rules, const QString &path)
+void PublishRun::consider(PublishRules &rules, const QString &path, PublishCopier &copier)
 {
     const Decision d = rules.decide(path);
     if (d.verdict != Verdict::NotPhoto && d.verdict != Verdict::Vanished && d.verdict != Verdict::OutsideWindow)
         m_latest = std::max(m_latest, d.modified);
-    PublishReport::Line line{relativeToSource(path), d.modified, QStringLiteral("left out"), PublishRules::reason(d, m_names),
-                             {}, -1, {}};
+    PendingLine pending{{relativeToSource(path), d.modified, QStringLiteral("left out"), PublishRules::reason(d, m_names),
+                         {}, -1, {}}};
     if (d.verdict == Verdict::FamilyUnknown)
         lib_MsgWarning(QStringLiteral("Family ID ") + d.detail + QStringLiteral(" assigned to the file was not found in the db"));
-    if (d.verdict == Verdict::Copy)
-        copyFile(d, line);
-    m_report->add(line);
+    if (d.verdict == Verdict::Copy) {
+        const QStringList targets = targetsOf(d);
+        // A few jobs ahead of the oldest line still waiting for its copies (so a run that is
+        // stopped stops near where it was), and none on a name a job under way is writing (the
+        // later photo must be the one that stays).
+        while (!appState().cancel && (m_jobsWaiting >= kJobsAhead || copier.busyWith(targets))) {
+            settle(copier, kWaitMs);
+            prompt().progressUpdate(m_considered, m_considered);
+        }
+        if (appState().cancel)
+            return; // stopped while waiting: this file is not considered
+        pending.ticket = ++m_tickets;
+        ++m_jobsWaiting;
+        copier.submit({pending.ticket, path, targets});
+    }
+    m_pending.push_back(std::move(pending));
+    settle(copier, 0);
 }
 
-// Copies one photo under its name without the tag: once, or once per family folder. The report
-// line says where it went, what failed, and whether it replaced a copy made earlier in this run.
-// The size and SHA-256 are those of the first copy made, taken from the bytes as they were
-// written to it.
-void PublishRun::copyFile(const Decision &decision, PublishReport::Line &line)
+// Waits for the copies under way; when the run was stopped, those not begun are dropped.
+void PublishRun::finishCopies(PublishCopier &copier)
 {
-    QStringList failures;
+    while (copier.unfinished() > 0 || !m_pending.empty()) {
+        if (appState().cancel)
+            copier.dropQueued();
+        settle(copier, kWaitMs);
+        // The progress window takes the user's clicks (the report throttles itself).
+        prompt().progressUpdate(m_considered, m_considered);
+    }
+}
+
+// Takes in the copies that finished, asks once after the first failure that may be the first of
+// many, and writes the lines whose turn has come.
+void PublishRun::settle(PublishCopier &copier, int waitMs)
+{
+    for (PublishCopier::Outcome &outcome : copier.takeFinished(waitMs)) {
+        if (!outcome.askAbout.isEmpty()) {
+            if (!m_askedAfterFailure) {
+                m_askedAfterFailure = true;
+                if (lib_MsgYesNo(QStringLiteral("Failed to copy ") + outcome.source + QStringLiteral(".\r\nErr: ")
+                                 + outcome.askAbout
+                                 + QStringLiteral("\r\nFurther failures are only listed in the report.\r\nDo you wish to cancel?"))) {
+                    appState().cancel = true;
+                    copier.dropQueued();
+                }
+            }
+            copier.resume();
+        }
+        m_outcomes.insert(outcome.ticket, std::move(outcome));
+    }
+    while (!m_pending.empty()) {
+        PendingLine &front = m_pending.front();
+        if (front.ticket >= 0) {
+            const auto it = m_outcomes.find(front.ticket);
+            if (it == m_outcomes.end())
+                return;
+            if (!it->begun) {
+                // Dropped when the run was stopped, and with it every file decided after it.
+                m_pending.clear();
+                m_outcomes.clear();
+                m_jobsWaiting = 0;
+                return;
+            }
+            recordCopies(front.line, *it);
+            m_outcomes.erase(it);
+            --m_jobsWaiting;
+        }
+        m_report->add(front.line);
+        ++m_recorded;
+        m_pending.pop_front();
+    }
+}
+
+// The copies of one photo, in the line of the report: where it went, what failed, and whether it
+// replaced a copy made earlier in this run.
+void PublishRun::recordCopies(PublishReport::Line &line, const PublishCopier::Outcome &outcome)
+{
+    m_copied += outcome.attempted; // the message line counts every copy attempted
     QStringList notes;
-    for (const QString &relative : targetsOf(decision)) {
-        ++m_copied; // the message line counts every copy attempted
-        QString failure;
-        const bool first = line.copiedTo.isEmpty();
-        if (first)
-            m_sha->begin();
-        const qint64 size = copyOnce(decision.path, relative, failure, first ? m_sha.get() : nullptr);
-        if (size < 0) {
-            failures << relative + QStringLiteral(": ") + failure;
-            continue;
-        }
-        if (first) {
-            line.size = size;
-            line.sha256 = m_sha->hex();
-        }
+    for (const QString &relative : outcome.copiedTo) {
         const QString earlier = m_written.value(relative);
         if (!earlier.isEmpty())
             notes << QStringLiteral("replaced the copy of ") + earlier + QStringLiteral(" made earlier in this run");
         m_written.insert(relative, line.path);
-        line.copiedTo << relative;
     }
+    line.copiedTo = outcome.copiedTo;
+    line.size = outcome.size;
+    line.sha256 = outcome.sha256;
     if (!line.copiedTo.isEmpty())
         ++m_filesOut;
-    line.outcome = failures.isEmpty() ? QStringLiteral("copied")
-        : line.copiedTo.isEmpty()     ? QStringLiteral("copy failed")
-                                      : QStringLiteral("partly copied");
-    line.reason = (failures + notes).join(QStringLiteral("; "));
-    if (!failures.isEmpty())
+    line.outcome = outcome.failures.isEmpty() ? QStringLiteral("copied")
+        : line.copiedTo.isEmpty()             ? QStringLiteral("copy failed")
+                                              : QStringLiteral("partly copied");
+    line.reason = (outcome.failures + notes).join(QStringLiteral("; "));
+    if (!outcome.failures.isEmpty())
         ++m_failures;
-}
-
-// One copy into the preparation folder; its size, or -1 with `failure` saying why. With `sha`,
-// every byte written also goes into the hash. A target the family's folder name would lead
-// outside the folder is refused; a source that has gone is no reason to stop; any other failure
-// asks once whether to stop, since a full or failing disk fails every copy that follows.
-qint64 PublishRun::copyOnce(const QString &source, const QString &relative, QString &failure, Sha256Worker *sha)
-{
-    if (!m_targetBase)
-        m_targetBase = std::make_unique<ForeignBase>(m_settings.tgtDir);
-    const ForeignPath target = m_targetBase->resolve(relative);
-    if (!target.ok()) {
-        failure = QStringLiteral("not written, the name leads outside the preparation folder (") + target.refusal()
-            + QLatin1Char(')');
-        return -1;
-    }
-    try {
-        const QString folder = lib_DirPart(target.path());
-        if (!lib_MakePath(folder))
-            throw Error(kLibErrorNumber, QStringLiteral("PublishRun"),
-                        QStringLiteral("The folder ") + folder + QStringLiteral(" could not be created"));
-        const qint64 size = sha ? lib_CopyFileThrough(source, target.path(), true, *sha)
-                                : (lib_CopyFile(source, target.path(), true) ? QFileInfo(target.path()).size() : -1);
-        if (size < 0)
-            failure = QStringLiteral("not written, the copy would be the file itself");
-        return size;
-    } catch (const Error &e) {
-        if (!QFileInfo::exists(source)) {
-            failure = QStringLiteral("the file vanished during the run");
-            return -1;
-        }
-        failure = QString(e.description()).replace(QStringLiteral("\r\n"), QStringLiteral(" "));
-        if (!m_askedAfterFailure) {
-            m_askedAfterFailure = true;
-            if (lib_MsgYesNo(QStringLiteral("Failed to copy ") + source + QStringLiteral(".\r\nErr: ") + e.description()
-                             + QStringLiteral("\r\nFurther failures are only listed in the report.\r\nDo you wish to cancel?")))
-                appState().cancel = true;
-        }
-        return -1;
-    }
 }
 
 void PublishRun::summarise()

@@ -1,18 +1,18 @@
 #pragma once
 
+#include "publishcopier.h"
 #include "publishnames.h"
 #include "publishreport.h"
 #include "publishrules.h"
 
-#include <QSet>
+#include <QHash>
+#include <deque>
 #include <functional>
 #include <memory>
 
 namespace quillet {
 
 class FamilyDatabase;
-class ForeignBase;
-class Sha256Worker;
 
 // Prepares a web upload or a CD (one routine, two sets of names): copies the allocated photos
 // and movies of the date window from the Source Dir into the preparation folder, under their
@@ -45,12 +45,21 @@ public:
     void preview();
 
 private:
+    // A file decided, waiting in the order of the scan for its copies to finish before its line
+    // goes into the report.
+    struct PendingLine
+    {
+        PublishReport::Line line;
+        qint64 ticket = -1; // its copy job, or -1 when it is not copied
+    };
+
     bool prepareTargetDir();
     QStringList sourceFiles() const;
     void copyAll();
-    void consider(PublishRules &rules, const QString &path);
-    void copyFile(const Decision &decision, PublishReport::Line &line);
-    qint64 copyOnce(const QString &source, const QString &relative, QString &failure, Sha256Worker *sha);
+    void consider(PublishRules &rules, const QString &path, PublishCopier &copier);
+    void finishCopies(PublishCopier &copier);
+    void settle(PublishCopier &copier, int waitMs);
+    void recordCopies(PublishReport::Line &line, const PublishCopier::Outcome &outcome);
     QString relativeToSource(const QString &path) const;
     QStringList targetsOf(const Decision &decision) const;
     void summarise();
@@ -71,10 +80,14 @@ private:
     // Targets written in this run: a second photo with the same name without its tag replaces
     // the first, and the report says so.
     QHash<QString, QString> m_written;
-    // The preparation folder, under which every target is resolved.
-    std::unique_ptr<ForeignBase> m_targetBase;
-    // Hashes the first copy of each file while it is written.
-    std::unique_ptr<Sha256Worker> m_sha;
+    // The lines not yet in the report, and the outcomes of copies that finished before the
+    // lines ahead of theirs.
+    std::deque<PendingLine> m_pending;
+    QHash<qint64, PublishCopier::Outcome> m_outcomes;
+    qint64 m_tickets = 0;
+    qint64 m_recorded = 0; // lines in the report
+    int m_jobsWaiting = 0; // copy jobs of the lines not yet in the report
+    int m_considered = 0;  // files decided, for the progress report
 };
 
 } // namespace quillet

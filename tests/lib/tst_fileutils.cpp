@@ -110,7 +110,6 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(tgt).lastModified(), stamp);
         QCOMPARE(trashed(), QStringList{QStringLiteral("p.jpg")}); // the old target is recoverable
         QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList{"p.jpg"});
-        QVERIFY(appState().pendingTempCopy.isEmpty());
     }
 
     void copiesEveryByte_data()
@@ -195,7 +194,6 @@ private Q_SLOTS:
         QVERIFY(appended);
         QVERIFY(!sink.held); // settled before the copy gave up
         QCOMPARE(QDir(m_env->path(QStringLiteral("tgt"))).entryList(QDir::Files), QStringList());
-        QVERIFY(appState().pendingTempCopy.isEmpty());
     }
 
     void copyIntoFolderAndByPattern()
@@ -223,12 +221,10 @@ private Q_SLOTS:
             QCOMPARE(e.source(), QStringLiteral("Lib09.lib_CopyFile"));
             QVERIFY(e.description().startsWith(QStringLiteral("Failed to copy file\r\n")));
             QVERIFY(e.description().contains(QStringLiteral("Src=") + src));
-            QVERIFY(e.description().contains(QStringLiteral("Tgt=") + m_env->path(QStringLiteral("unplugged/a.~"))));
+            QVERIFY(e.description().contains(QStringLiteral("Tgt=") + target));
         }
         QVERIFY(!QFileInfo::exists(m_env->path(QStringLiteral("unplugged"))));
         QCOMPARE(fileBytes(src), QByteArray("A"));
-        QVERIFY(appState().pendingTempCopy.isEmpty());
-        QVERIFY(!appState().lastSystemError.isEmpty());
     }
 
     // A target named like a temporary ("x.~37") is never its own temporary: before, one copy in
@@ -241,6 +237,35 @@ private Q_SLOTS:
             QVERIFY(lib_CopyFile(src, target, false));
             QCOMPARE(fileBytes(target), QByteArray("DATABASE"));
             QVERIFY(QFile::remove(target));
+        }
+    }
+
+    // Another copy into the same folder (a photo and a movie of one name, copied side by side)
+    // takes temporary names while this one reads its first block: none of its files is
+    // touched, and this copy finds the one name left.
+    void temporaryTakenMeanwhileIsLeftAlone()
+    {
+        const QString src = m_env->writeFile(QStringLiteral("src/x.jpg"), QByteArray(300 * 1024, 'p'));
+        const QString target = m_env->path(QStringLiteral("tgt/x.jpg"));
+        QDir().mkpath(m_env->path(QStringLiteral("tgt")));
+        const auto other = [this](int n) {
+            return m_env->path(QStringLiteral("tgt/x.~%1").arg(n, 2, 10, QLatin1Char('0')));
+        };
+        CollectingSink sink;
+        sink.onTake = [&] {
+            if (sink.seen.size() > 256 * 1024)
+                return;
+            for (int n = 0; n < 100; ++n) {
+                if (n != 57)
+                    writeBytes(other(n), "the other copy's");
+            }
+        };
+        QCOMPARE(lib_CopyFileThrough(src, target, false, sink), qint64(300 * 1024));
+        QCOMPARE(fileBytes(target), QByteArray(300 * 1024, 'p'));
+        QVERIFY(!QFileInfo::exists(other(57)));
+        for (int n = 0; n < 100; ++n) {
+            if (n != 57)
+                QCOMPARE(fileBytes(other(n)), QByteArray("the other copy's"));
         }
     }
 

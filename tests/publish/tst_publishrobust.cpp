@@ -5,6 +5,9 @@
 #include "publishfixture.h"
 
 #include "lib/appstate.h"
+#include "lib/error.h"
+
+#include <QRegularExpression>
 
 #include <memory>
 
@@ -75,12 +78,16 @@ private Q_SLOTS:
                 == 1);
     }
 
+    // Stopping after a failed copy: the copies under way at that moment finish and are
+    // reported, no later file is copied or listed, and the note says how far the run got.
     void cancelAfterFailedCopyStopsTheRun()
     {
         WriteSetting(QStringLiteral("WebTgtInclFam"), true);
         f->env.writeFile(QStringLiteral("web/Ann Lee"), "in the way");
+        constexpr int kPhotos = 30;
         f->photo(QStringLiteral("IMG_0001(#12#).jpg"), kInside);
-        f->photo(QStringLiteral("IMG_0002(#12#).jpg"), kInside);
+        for (int n = 2; n <= kPhotos; ++n)
+            f->photo(QStringLiteral("IMG_%1(#7#).jpg").arg(n, 4, 10, QLatin1Char('0')), kInside);
         f->port.answer(true);
         f->port.answer(true); // cancel
         PublishRun run(PublishNames::web(), f->db);
@@ -88,12 +95,46 @@ private Q_SLOTS:
         QVERIFY(run.cancelled());
         QVERIFY(!f->port.texts().contains(PublishNames::web().finalQuestion)); // the window is not moved on
         QCOMPARE(said(QStringLiteral("IMG_0001(#12#).jpg")).first(), QStringLiteral("copy failed"));
-        QVERIFY(PublishFixture::rowOf(report(), QStringLiteral("IMG_0002(#12#).jpg")).isEmpty());
+        QStringList listed, copied;
+        int recorded = -1;
+        for (const QStringList &r : PublishFixture::rows(report())) {
+            if (r.size() >= 7 && r.first().startsWith(QStringLiteral("IMG_")))
+                listed << r.first();
+            if (r.size() >= 7 && r.at(2) == QLatin1String("copied"))
+                copied << r.at(4);
+            const QRegularExpressionMatch m =
+                QRegularExpression(QStringLiteral("^Stopped by the user after (\\d+) of 30 files$")).match(r.value(0));
+            if (m.hasMatch())
+                recorded = m.captured(1).toInt();
+        }
+        QVERIFY2(recorded >= 1 && recorded < kPhotos, qPrintable(QString::number(recorded)));
+        QCOMPARE(listed.size(), recorded);
+        copied.sort();
+        QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"Ann Lee"} + copied);
+        QCOMPARE(ReadSetting(QStringLiteral("WebMinDate")), QStringLiteral("20240301 080000"));
+    }
+
+    // The database failing half-way ends the run with its error, but what was copied until then
+    // is in the report, and the report says where the run stopped.
+    void databaseFailingHalfWayLeavesTheRecord()
+    {
+        f->photo(QStringLiteral("A(#12#).jpg"), kInside);
+        f->photo(QStringLiteral("B(#44#).jpg"), kInside);
+        f->photo(QStringLiteral("C(#7#).jpg"), kInside);
+        f->port.onMessage = [this](const ScriptedPrompt::Message &m) {
+            if (m.text.startsWith(QStringLiteral("Family ID 44")))
+                f->db.exec(QStringLiteral("DROP TABLE tblFamilies"));
+        };
+        f->port.answer(true);
+        PublishRun run(PublishNames::web(), f->db);
+        QVERIFY_THROWS_EXCEPTION(Error, run.run());
+        QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"A.jpg"});
+        QCOMPARE(said(QStringLiteral("A(#12#).jpg")), (QStringList{"copied", "", "A.jpg"}));
+        QCOMPARE(said(QStringLiteral("B(#44#).jpg")).value(1), QStringLiteral("family 44 unknown"));
         const QList<QStringList> rows = PublishFixture::rows(report());
         QVERIFY(std::any_of(rows.begin(), rows.end(), [](const QStringList &r) {
-            return r.value(0) == QLatin1String("Stopped by the user after 1 of 2 files");
+            return r.value(0) == QLatin1String("Stopped by an error after 2 of 3 files");
         }));
-        QCOMPARE(ReadSetting(QStringLiteral("WebMinDate")), QStringLiteral("20240301 080000"));
     }
 
     void familyNameLeadingOutsideIsRefused_data()
@@ -121,18 +162,28 @@ private Q_SLOTS:
         QVERIFY(row.at(3).contains(QStringLiteral("leads outside the preparation folder")));
     }
 
-    void sameNameFromTwoFoldersIsNoted()
+    // Photos of one name from several folders, copied side by side by the workers: the last
+    // one stays, and each line names the copy it replaced.
+    void sameNameFromSeveralFoldersIsNoted()
     {
-        f->photo(QStringLiteral("Monday/IMG_0001(#12#).jpg"), kInside);
-        const QByteArray tuesday = f->photo(QStringLiteral("Tuesday/IMG_0001(#7#).jpg"), kInside);
+        QByteArray last;
+        for (int day = 1; day <= 6; ++day) {
+            // Large enough for two copies to be under way at once, were they let.
+            const QString name = QStringLiteral("day%1/IMG_0001(#12#).jpg").arg(day);
+            last = QByteArray(2 << 20, char('a' + day));
+            f->env.writeFile(QStringLiteral("src/") + name, last);
+            lib_SetFileDate(f->src(name), QLatin1Char('M'), kInside);
+        }
         f->run(webVariant());
         QCOMPARE(PublishFixture::filesUnder(web()), QStringList{"IMG_0001.jpg"});
-        QFile copy(web() + QStringLiteral("/IMG_0001.jpg"));
-        QVERIFY(copy.open(QIODevice::ReadOnly));
-        QCOMPARE(copy.readAll(), tuesday);
-        QCOMPARE(said(QStringLiteral("Tuesday/IMG_0001(#7#).jpg")),
-                 (QStringList{"copied", "replaced the copy of Monday/IMG_0001(#12#).jpg made earlier in this run",
-                              "IMG_0001.jpg"}));
+        QCOMPARE(fileBytes(web() + QStringLiteral("/IMG_0001.jpg")), last);
+        QCOMPARE(said(QStringLiteral("day1/IMG_0001(#12#).jpg")), (QStringList{"copied", "", "IMG_0001.jpg"}));
+        for (int day = 2; day <= 6; ++day)
+            QCOMPARE(said(QStringLiteral("day%1/IMG_0001(#12#).jpg").arg(day)),
+                     (QStringList{"copied",
+                                  QStringLiteral("replaced the copy of day%1/IMG_0001(#12#).jpg made earlier in this run")
+                                      .arg(day - 1),
+                                  "IMG_0001.jpg"}));
     }
 
     // The report goes to the data folder, never into the folder that is uploaded or burnt, and
