@@ -20,7 +20,7 @@ struct AppState
     std::atomic<bool> isPortableCopy{false};
     // The moment the main window began loading.
     QDateTime startTime;
-    // The system's text for the last failed copy.
+    // The system's reason when lib_MakePath could not create a folder.
     QString lastSystemError;
 };
 

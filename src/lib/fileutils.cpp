@@ -104,17 +104,45 @@ bool lib_MakePath(const QString &path)
     return false;
 }
 
+namespace {
+
+// The hundred temporary names of a copy to `target` ("x.~00" to "x.~99" for "x.jpg"), from a
+// random one on. at(i) is empty where the name is the source or the target itself, which may be
+// of that form too.
+class TempNames
+{
+public:
+    static constexpr int kCount = 100;
+
+    TempNames(const QString &target, const QString &source)
+        : m_stem(lib_PathWithoutExt(target) + QStringLiteral(".~"))
+        , m_sourceAbs(QFileInfo(source).absoluteFilePath())
+        , m_targetAbs(QFileInfo(target).absoluteFilePath())
+        , m_start(QRandomGenerator::global()->bounded(kCount))
+    {
+    }
+    QString at(int i) const
+    {
+        const QString name = m_stem + QString::number((m_start + i) % kCount).rightJustified(2, QLatin1Char('0'));
+        const QString nameAbs = QFileInfo(name).absoluteFilePath();
+        return nameAbs == m_sourceAbs || nameAbs == m_targetAbs ? QString() : name;
+    }
+
+private:
+    QString m_stem;
+    QString m_sourceAbs;
+    QString m_targetAbs;
+    int m_start;
+};
+
+} // namespace
+
 QString lib_TempCopyName(const QString &target, const QString &source)
 {
-    const QString stem = lib_PathWithoutExt(target);
-    const QString sourceAbs = QFileInfo(source).absoluteFilePath();
-    // A target that is itself of the ".~NN" form must not be its own temporary.
-    const QString targetAbs = QFileInfo(target).absoluteFilePath();
-    for (int tries = 0; tries < 1000; ++tries) {
-        const int n = QRandomGenerator::global()->bounded(100);
-        const QString name = stem + QStringLiteral(".~") + QString::number(n).rightJustified(2, QLatin1Char('0'));
-        const QString nameAbs = QFileInfo(name).absoluteFilePath();
-        if (!QFileInfo::exists(name) && nameAbs != sourceAbs && nameAbs != targetAbs)
+    const TempNames names(target, source);
+    for (int i = 0; i < TempNames::kCount; ++i) {
+        const QString name = names.at(i);
+        if (!name.isEmpty() && !QFileInfo::exists(name))
             return name;
     }
     throw Error(kLibErrorNumber, libSource("lib_CopyFile"),
@@ -170,16 +198,10 @@ char *copyBuffer()
 // buffered flush's "Unknown error".
 QString createTemp(QFile &out, const QString &target, const QString &source, QString &temp)
 {
-    const QString stem = lib_PathWithoutExt(target);
-    const QString sourceAbs = QFileInfo(source).absoluteFilePath();
-    const QString targetAbs = QFileInfo(target).absoluteFilePath();
-    // From a random start through all hundred names, so that a free one is found however many
-    // are taken.
-    const int start = QRandomGenerator::global()->bounded(100);
-    for (int i = 0; i < 100; ++i) {
-        const QString name = stem + QStringLiteral(".~") + QString::number((start + i) % 100).rightJustified(2, QLatin1Char('0'));
-        const QString nameAbs = QFileInfo(name).absoluteFilePath();
-        if (nameAbs == sourceAbs || nameAbs == targetAbs)
+    const TempNames names(target, source);
+    for (int i = 0; i < TempNames::kCount; ++i) {
+        const QString name = names.at(i);
+        if (name.isEmpty())
             continue;
         out.setFileName(name);
         if (out.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
@@ -303,7 +325,7 @@ bool copyOne(const QString &source, const QString &targetIn, bool overwrite, con
         ? targetIn + QFileInfo(source).fileName() : targetIn;
     if (QFileInfo(source).absoluteFilePath() == QFileInfo(target).absoluteFilePath())
         return false;
-    if (QFileInfo::exists(target) && !overwrite)
+    if (!overwrite && QFileInfo::exists(target))
         return false;
 
     QString temp;
