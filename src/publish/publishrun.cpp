@@ -14,6 +14,10 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
 namespace quillet {
 
 namespace {
@@ -39,6 +43,68 @@ QString copiesText(int copies)
 {
     return QString::number(copies) + (copies == 1 ? QStringLiteral(" copy") : QStringLiteral(" copies"));
 }
+
+// The Source Dir listed on a thread of its own, so that the run decides and copies the first
+// files while the rest are still being found (20,000 files take a noticeable part of a run, a
+// network share much more).
+class SourceListing
+{
+public:
+    using Lister = std::function<void(const std::function<void(const QString &)> &)>;
+
+    explicit SourceListing(const Lister &list)
+        : m_thread([this, list] {
+            list([this](const QString &path) {
+                const std::lock_guard<std::mutex> lock(m_lock);
+                m_found << path;
+                if (m_found.size() % kListingBatch == 0)
+                    m_changed.notify_all();
+            });
+            {
+                const std::lock_guard<std::mutex> lock(m_lock);
+                m_done = true;
+            }
+            m_changed.notify_all();
+        })
+    {
+    }
+    ~SourceListing() { wait(); }
+
+    // Waits for the listing to end, also when the run stopped early: its count is the run's.
+    void wait()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+
+    // The files found since the last call, waiting up to `waitMs` when there are none yet.
+    // `complete` tells that the listing has ended: count() is then final.
+    QStringList take(int waitMs, bool &complete)
+    {
+        std::unique_lock<std::mutex> lock(m_lock);
+        m_changed.wait_for(lock, std::chrono::milliseconds(waitMs),
+                           [this] { return m_done || m_found.size() >= m_taken + kListingBatch; });
+        complete = m_done;
+        const QStringList batch = m_found.mid(m_taken);
+        m_taken = m_found.size();
+        return batch;
+    }
+    qsizetype count() const
+    {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        return m_found.size();
+    }
+
+private:
+    static constexpr qsizetype kListingBatch = 256;
+
+    mutable std::mutex m_lock;
+    std::condition_variable m_changed;
+    QStringList m_found;
+    qsizetype m_taken = 0;
+    bool m_done = false;
+    std::thread m_thread; // last: it starts at once and uses the members above
+};
 
 void openReport(const QString &path)
 {
@@ -124,17 +190,22 @@ bool PublishRun::prepareTargetDir()
     return true;
 }
 
-QStringList PublishRun::sourceFiles() const
+void PublishRun::listSource(const std::function<void(const QString &)> &take) const
 {
     // The preparation folder may lie inside the Source Dir: its copies are not sources.
     const QString prepared = QDir::cleanPath(m_settings.tgtDir) + QLatin1Char('/');
-    QStringList files;
     lib_clsFindFiles finder;
     for (bool found = finder.FindFirstFile(m_settings.srcDir, QStringLiteral("*.*"), true); found;
          found = finder.FindNextFile()) {
         if (!finder.IsDir() && !finder.FullFile().startsWith(prepared))
-            files << finder.FullFile();
+            take(finder.FullFile());
     }
+}
+
+QStringList PublishRun::sourceFiles() const
+{
+    QStringList files;
+    listSource([&files](const QString &path) { files << path; });
     return files;
 }
 
@@ -209,22 +280,45 @@ void PublishRun::copyAll()
     appState().cancel = false;
     PublishFamilies families(m_db, m_names.exclusionField);
     PublishRules rules(m_settings, families);
-    const QStringList files = sourceFiles();
     UserPrompt &port = prompt();
     port.progressShow(m_names.progressText);
-    port.progressInit(int(files.size()));
+    qsizetype total = -1; // known once the listing has ended
     const auto stopped = [&](const QString &by) -> QString {
         return QStringLiteral("Stopped by ") + by + QStringLiteral(" after ") + QString::number(m_recorded)
-            + QStringLiteral(" of ") + QString::number(files.size()) + QStringLiteral(" files");
+            + QStringLiteral(" of ") + QString::number(total) + QStringLiteral(" files");
     };
     {
         PublishCopier copier(m_settings.tgtDir, PublishCopier::workersForThisMachine());
+        SourceListing listing([this](const auto &take) { listSource(take); });
+        const auto listingEnded = [&] {
+            total = listing.count();
+            port.progressInit(int(total));
+        };
         try {
-            for (qsizetype i = 0; i < files.size() && !appState().cancel; ++i) {
-                consider(rules, files.at(i), copier);
-                m_considered = int(i + 1);
-                if (m_considered % kProgressStep == 0 || m_considered == files.size())
-                    port.progressUpdate(m_considered, m_considered);
+            bool complete = false;
+            while (!appState().cancel) {
+                const bool wasComplete = complete;
+                const QStringList batch = listing.take(kWaitMs, complete);
+                if (complete && !wasComplete)
+                    listingEnded();
+                for (const QString &path : batch) {
+                    if (appState().cancel)
+                        break;
+                    consider(rules, path, copier);
+                    ++m_considered;
+                    if (m_considered % kProgressStep == 0 || m_considered == total) {
+                        // Until the count is known the window only takes the user's clicks.
+                        if (total >= 0)
+                            port.progressUpdate(m_considered, m_considered);
+                        else
+                            port.processEvents();
+                    }
+                }
+                if (complete && m_considered == total)
+                    break;
+                settle(copier, 0);
+                if (batch.isEmpty())
+                    port.processEvents();
             }
         } catch (...) {
             // An error (the database) ends the run: what the workers copied is still listed
@@ -233,17 +327,21 @@ void PublishRun::copyAll()
             copier.dropQueued();
             finishCopies(copier);
             port.progressHide();
+            listing.wait();
+            total = listing.count();
             m_report->finish(stopped(QStringLiteral("an error")));
             throw;
         }
         finishCopies(copier);
+        listing.wait();
+        total = listing.count();
     }
     // Stopped before every file was decided and recorded (stopping during the last copies of
     // a run that had decided everything leaves it whole).
-    m_cancelled = m_recorded < files.size();
+    m_cancelled = m_recorded < total;
     port.progressHide();
     m_report->finish(m_cancelled ? stopped(QStringLiteral("the user")) : QString());
-    DebugLog(m_names.command + QStringLiteral(": ") + lib_FormatCount(files.size(), QStringLiteral("file"))
+    DebugLog(m_names.command + QStringLiteral(": ") + lib_FormatCount(total, QStringLiteral("file"))
              + QStringLiteral(", ") + copiesText(m_copied) + QStringLiteral(" in ")
              + lib_FormatElapsed(9, started.msecsTo(QDateTime::currentDateTime())));
 }

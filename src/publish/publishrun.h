@@ -54,6 +54,7 @@ private:
     };
 
     bool prepareTargetDir();
+    void listSource(const std::function<void(const QString &)> &take) const;
     QStringList sourceFiles() const;
     void copyAll();
     void consider(PublishRules &rules, const QString &path, PublishCopier &copier);
