@@ -77,8 +77,8 @@ public:
             m_thread.join();
     }
 
-    // The files found since the last call, waiting up to `waitMs` when there are none yet.
-    // `complete` tells that the listing has ended: count() is then final.
+    // The files found since the last call, waiting up to `waitMs` for a batch of them (or the
+    // end). `complete` tells that the listing has ended: count() is then final.
     QStringList take(int waitMs, bool &complete)
     {
         std::unique_lock<std::mutex> lock(m_lock);
