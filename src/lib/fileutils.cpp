@@ -182,7 +182,8 @@ QString finishCopy(QFile &in, QFile &out, const QString &temp, timespec dates[2]
 // faults in) its pages once, not once per file.
 constexpr qint64 kCopyBlock = 1 << 20;
 // The blocks of a copy whose bytes go to a sink: small enough to stay in the processor's cache
-// while the sink and the write both read them.
+// while the sink and the write both read them (a mapping of the source instead of the reading
+// measured slower: setting up and tearing down the pages costs more than the copy it saves).
 constexpr qint64 kSinkBlock = 256 * 1024;
 
 char *copyBuffer()
@@ -264,8 +265,8 @@ QString copyBytes(const QString &source, const QString &target, QString &temp, c
     return finish();
 }
 
-// copyBytes past a sink. The first block is read and handed to the sink before the temporary
-// is created, so that the sink's work on it overlaps the creation and the writing.
+// copyBytes past a sink. The first block is read before the temporary is created: a source that
+// cannot be read leaves nothing behind.
 QString copyBytesThrough(const QString &source, const QString &target, QString &temp, CopySink &sink, qint64 &done,
                          timespec dates[2])
 {
@@ -275,25 +276,11 @@ QString copyBytesThrough(const QString &source, const QString &target, QString &
     const qint64 total = in.size();
     char *const buffer = copyBuffer();
     done = 0;
-    // The buffer is not touched again, nor left, while the sink may still be reading it.
-    struct Pending
-    {
-        CopySink &sink;
-        bool held = false;
-        void settle()
-        {
-            if (std::exchange(held, false))
-                sink.settle();
-        }
-        ~Pending() { settle(); }
-    } pending{sink};
     qint64 n = in.read(buffer, kSinkBlock);
     if (n < 0)
         return in.errorString();
-    if (n > 0) {
+    if (n > 0)
         sink.take(buffer, n);
-        pending.held = true;
-    }
     QFile out;
     if (const QString failure = createTemp(out, target, source, temp); !failure.isEmpty())
         return failure;
@@ -301,15 +288,12 @@ QString copyBytesThrough(const QString &source, const QString &target, QString &
         errno = 0;
         if (out.write(buffer, n) != n)
             return systemReason(out);
-        pending.settle();
         done += n;
         n = in.read(buffer, kSinkBlock);
         if (n < 0)
             return in.errorString();
-        if (n > 0) {
+        if (n > 0)
             sink.take(buffer, n);
-            pending.held = true;
-        }
     }
     // Read to its end: a source that grew or shrank on the way gives no copy.
     if (done != total)

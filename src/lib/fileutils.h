@@ -26,15 +26,12 @@ using CopyProgress = std::function<bool(qint64 done, qint64 total)>;
 // "Failed to copy file" and the details when the copy fails.
 bool lib_CopyFile(const QString &source, const QString &target, bool overwrite,
                   const CopyProgress &progress = {});
-// Sees each block of a copy on its way: take() gets the block before it is written, settle()
-// returns once the sink is done with it. The block stays as it is until settle() has returned,
-// so take() may hand it to another thread and the sink's work overlap the writing.
+// Sees each block of a copy on its way, before it is written.
 class CopySink
 {
 public:
     virtual ~CopySink() = default;
     virtual void take(const char *data, qint64 size) = 0;
-    virtual void settle() {}
 };
 // lib_CopyFile of one file (no "*" or "?"), reading the source once and handing every block
 // written to `sink`, so a caller that needs a digest of the copy need not read it again.

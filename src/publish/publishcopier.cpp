@@ -80,7 +80,7 @@ PublishCopier::~PublishCopier()
         const std::lock_guard<std::mutex> lock(m_lock);
         m_stop = true;
     }
-    m_changed.notify_all();
+    m_workChanged.notify_all();
     for (std::thread &worker : m_workers)
         worker.join();
 }
@@ -118,14 +118,19 @@ void PublishCopier::submit(Job job)
         ++m_unfinished;
         m_queue.push_back(std::move(job));
     }
-    m_changed.notify_all();
+    m_workChanged.notify_one();
 }
 
-QList<PublishCopier::Outcome> PublishCopier::takeFinished(int waitMs)
+QList<PublishCopier::Outcome> PublishCopier::takeFinished(int waitMs, int atLeast)
 {
     std::unique_lock<std::mutex> lock(m_lock);
-    if (m_finished.isEmpty() && m_unfinished > 0 && waitMs > 0)
-        m_changed.wait_for(lock, std::chrono::milliseconds(waitMs), [this] { return !m_finished.isEmpty(); });
+    if (m_finished.size() < atLeast && m_unfinished > 0 && waitMs > 0) {
+        // Woken once for the lot rather than once per copy.
+        m_wanted = atLeast;
+        m_jobsFinished.wait_for(lock, std::chrono::milliseconds(waitMs),
+                                [this, atLeast] { return m_finished.size() >= atLeast || m_unfinished == 0; });
+        m_wanted = 0;
+    }
     return std::exchange(m_finished, {});
 }
 
@@ -135,7 +140,7 @@ void PublishCopier::resume()
         const std::lock_guard<std::mutex> lock(m_lock);
         m_paused = false;
     }
-    m_changed.notify_all();
+    m_workChanged.notify_all();
 }
 
 void PublishCopier::dropQueued()
@@ -153,7 +158,7 @@ void PublishCopier::dropQueued()
         }
         m_queue.clear();
     }
-    m_changed.notify_all();
+    m_jobsFinished.notify_all();
 }
 
 void PublishCopier::work()
@@ -164,7 +169,7 @@ void PublishCopier::work()
     ForeignBase base(m_dir);
     std::unique_lock<std::mutex> lock(m_lock);
     for (;;) {
-        m_changed.wait(lock, [this] { return m_stop || (!m_paused && !m_queue.empty()); });
+        m_workChanged.wait(lock, [this] { return m_stop || (!m_paused && !m_queue.empty()); });
         if (m_stop)
             return;
         const Job job = std::move(m_queue.front());
@@ -178,7 +183,9 @@ void PublishCopier::work()
             m_paused = true;
         --m_unfinished;
         m_finished << std::move(outcome);
-        m_changed.notify_all();
+        // A pause waits for the caller's question: wake it at once.
+        if (m_paused || (m_wanted > 0 && (m_finished.size() >= m_wanted || m_unfinished == 0)))
+            m_jobsFinished.notify_one();
     }
 }
 

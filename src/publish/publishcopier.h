@@ -61,8 +61,9 @@ public:
     // Queued and unfinished jobs.
     int unfinished() const;
     void submit(Job job);
-    // The outcomes finished since the last call, waiting up to `waitMs` for one when none is.
-    QList<Outcome> takeFinished(int waitMs);
+    // The outcomes finished since the last call, waiting up to `waitMs` until there are
+    // `atLeast` of them (or every job has finished).
+    QList<Outcome> takeFinished(int waitMs, int atLeast = 1);
 
     // After a failure with `askAbout`, the workers begin no new job until the caller has asked
     // and calls resume(); a second such failure is not waited for.
@@ -77,7 +78,10 @@ private:
 
     QString m_dir;
     mutable std::mutex m_lock;
-    std::condition_variable m_changed;
+    std::condition_variable m_workChanged; // a job queued, the workers resumed or stopped
+    std::condition_variable m_jobsFinished;
+    // How many finished outcomes the caller is waiting for; 0 when it is not waiting.
+    qsizetype m_wanted = 0;
     std::deque<Job> m_queue;
     QList<Outcome> m_finished;
     QSet<QString> m_busyTargets;

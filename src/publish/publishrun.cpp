@@ -361,7 +361,8 @@ void PublishRun::consider(PublishRules &rules, const QString &path, PublishCopie
         // stopped stops near where it was), and none on a name a job under way is writing (the
         // later photo must be the one that stays).
         while (!appState().cancel && (m_jobsWaiting >= kJobsAhead || copier.busyWith(targets))) {
-            settle(copier, kWaitMs);
+            // Held back by the copies: woken when half of them are done, not after each.
+            settle(copier, kWaitMs, m_jobsWaiting >= kJobsAhead ? kJobsAhead / 2 : 1);
             prompt().progressUpdate(m_considered, m_considered);
         }
         if (appState().cancel)
@@ -388,9 +389,9 @@ void PublishRun::finishCopies(PublishCopier &copier)
 
 // Takes in the copies that finished, asks once after the first failure that may be the first of
 // many, and writes the lines whose turn has come.
-void PublishRun::settle(PublishCopier &copier, int waitMs)
+void PublishRun::settle(PublishCopier &copier, int waitMs, int atLeast)
 {
-    for (PublishCopier::Outcome &outcome : copier.takeFinished(waitMs)) {
+    for (PublishCopier::Outcome &outcome : copier.takeFinished(waitMs, atLeast)) {
         if (!outcome.askAbout.isEmpty()) {
             if (!m_askedAfterFailure) {
                 m_askedAfterFailure = true;

@@ -59,7 +59,7 @@ private:
     void copyAll();
     void consider(PublishRules &rules, const QString &path, PublishCopier &copier);
     void finishCopies(PublishCopier &copier);
-    void settle(PublishCopier &copier, int waitMs);
+    void settle(PublishCopier &copier, int waitMs, int atLeast = 1);
     void recordCopies(PublishReport::Line &line, const PublishCopier::Outcome &outcome);
     QString relativeToSource(const QString &path) const;
     QStringList targetsOf(const Decision &decision) const;
