@@ -143,7 +143,7 @@ private Q_SLOTS:
         QCOMPARE(lib_FormatLogLine(QStringLiteral("text"), false, QString(), when), QStringLiteral("text"));
     }
 
-    void debugLogAppendsCrLfLines()
+    void debugLogAppendsCrLfLinesAndTimingWhileLoading()
     {
         TestEnv env;
         env.dataDir();
@@ -154,12 +154,7 @@ private Q_SLOTS:
         QVERIFY(lines[0].endsWith("first\r"));
         QVERIFY(lines[1].endsWith("second\r"));
         QCOMPARE(lines[0].size(), qsizetype(QByteArray("dd/mm/yy, HH:nn:ss, first\r").size()));
-    }
-
-    void timingLinesOnlyWhileLoading()
-    {
-        TestEnv env;
-        env.dataDir();
+        // Timing lines are written only while the program loads.
         appState().systemLoaded = false;
         lib_Stopwatch(1);
         DebugLogTiming(QStringLiteral("LoadSource"));
