@@ -69,11 +69,13 @@ class TestFamilyDatabase : public HomeTest
         QVERIFY(db.connection().commit());
     }
 
-    void openWithFamilies(FamilyDatabase &db)
+    // A new database, opened, with kFamilies in it when `withFamilies`.
+    void open(FamilyDatabase &db, bool withFamilies = false)
     {
         provision();
         QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        if (withFamilies)
+            addFamilies(db);
     }
 
     static QString duplicateCheck(const QVariant &first, const QVariant &last, int exceptId)
@@ -95,9 +97,8 @@ class TestFamilyDatabase : public HomeTest
 private Q_SLOTS:
     void freshDatabaseHasOneParameterRow()
     {
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
+        open(db);
         QCOMPARE(db.DBversion(), 2);
         QVERIFY(db.ReadParam(QStringLiteral("MorningSessEnd")).isNull());
         QCOMPARE(db.select(QStringLiteral("SELECT * FROM _tblParams")).size(), 1);
@@ -133,11 +134,9 @@ private Q_SLOTS:
 
     void damagedIndexIsRepairedQuietly()
     {
-        provision();
         {
             FamilyDatabase db;
-            QVERIFY(db.OpenDatabase());
-            addFamilies(db);
+            open(db, true);
         }
         // Damage the index's page (the table rows stay readable): the integrity check fails, and
         // the rebuild recreates the index from the table.
@@ -184,9 +183,8 @@ private Q_SLOTS:
 
     void writeParamRules()
     {
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
+        open(db);
         db.exec(QStringLiteral("UPDATE _tblParams SET WebAllowPriv=1, LastDBUpdate='2000-01-01 00:00:00'"));
         db.CloseDatabase();
         QVERIFY(db.OpenDatabase());
@@ -213,9 +211,8 @@ private Q_SLOTS:
 
     void privacyTextIsCached()
     {
-        provision();
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
+        open(db);
         db.WriteParam(QStringLiteral("PrivacyText"), QStringLiteral("Keep Private"));
         QCOMPARE(db.ReadPrivacyText(), QStringLiteral("Keep Private"));
         db.WriteParam(QStringLiteral("PrivacyText"), QStringLiteral("Changed"));
@@ -254,33 +251,26 @@ private Q_SLOTS:
         QTest::newRow("concatenation compares without case")
             << "SELECT * FROM tblFamilies WHERE [tblFamilies].[FirstName] & ' ' & [LastName]='ÉMILE brun'"
             << QList<int>{2};
+        QTest::newRow("text compares without case or accents")
+            << "SELECT * FROM tblFamilies WHERE [FirstName]='ÉMILE'" << QList<int>{2};
+        QTest::newRow("LIKE without case or accents") << "SELECT * FROM tblFamilies WHERE [FirstName] LIKE 'éd*'"
+                                                      << QList<int>{8};
     }
     void familyOrders()
     {
         QFETCH(QString, sql);
         QFETCH(QList<int>, order);
         FamilyDatabase db;
-        openWithFamilies(db);
+        open(db, true);
         QCOMPARE(ids(db.select(sql)), order);
-    }
-
-    void textComparesWithoutCase()
-    {
-        FamilyDatabase db;
-        openWithFamilies(db);
-        QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [FirstName]='ÉMILE'"))), QList<int>{2});
-        QCOMPARE(ids(db.select(QStringLiteral("SELECT * FROM tblFamilies WHERE [FirstName] LIKE 'éd*'"))), QList<int>{8});
-        QVERIFY_THROWS_EXCEPTION(Error, db.select(QStringLiteral("SELECT * FROM nowhere")));
     }
 
     void familyIdsCsv()
     {
-        provision();
         WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
         QDir().mkpath(m_env->path(QStringLiteral("src")));
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        open(db, true);
         db.WriteFamilyIDsCsv();
         const QList<QByteArray> lines = fileBytes(m_env->path(QStringLiteral("src/_FamilyIDs.csv"))).split('\n');
         QCOMPARE(lines.size(), int(std::size(kFamilies)) + 1);
@@ -292,7 +282,7 @@ private Q_SLOTS:
     void datesCompareAsStored()
     {
         FamilyDatabase db;
-        openWithFamilies(db);
+        open(db, true);
         db.exec(QStringLiteral("UPDATE tblFamilies SET StartDate=?, EndDate=? WHERE FamilyID=5"),
                 {QDate(2016, 3, 15), QDateTime(QDate(2016, 7, 1), QTime(17, 30))});
         const auto query = [&db](const QString &condition, const QVariant &date) {
@@ -312,7 +302,7 @@ private Q_SLOTS:
     void newFamilyGetsItsKey()
     {
         FamilyDatabase db;
-        openWithFamilies(db);
+        open(db, true);
         const qint64 id = db.insert(QStringLiteral("INSERT INTO tblFamilies (FirstName, [Current]) VALUES (?, ?)"),
                                     {QStringLiteral("Tom"), true});
         QCOMPARE(id, 9);
@@ -325,12 +315,13 @@ private Q_SLOTS:
         QCOMPARE(db.insert(QStringLiteral("INSERT INTO tblFamilies (FirstName) VALUES ('Ann')")), 10);
     }
 
-    void unknownParameterIsAFault()
+    void unknownNamesAreFaults()
     {
         provision();
         FamilyDatabase db;
         QVERIFY_THROWS_EXCEPTION(Error, db.ReadParam(QStringLiteral("WebAllowPriv"))); // not open yet
         QVERIFY(db.OpenDatabase());
+        QVERIFY_THROWS_EXCEPTION(Error, db.select(QStringLiteral("SELECT * FROM nowhere")));
         QVERIFY_THROWS_EXCEPTION(Error, db.ReadParam(QStringLiteral("WebAlowPriv")));
         QVERIFY_THROWS_EXCEPTION(Error, db.WriteParam(QStringLiteral("WebAlowPriv"), 1));
         QVERIFY(db.ReadParam(QStringLiteral("LastDBUpdate")).isNull()); // nothing was stamped
@@ -338,11 +329,9 @@ private Q_SLOTS:
 
     void provisionNeverReplacesADatabase()
     {
-        provision();
         {
             FamilyDatabase db;
-            QVERIFY(db.OpenDatabase());
-            addFamilies(db);
+            open(db, true);
         }
         QVERIFY(!FamilyDatabase::Provision(FamilyDatabase::DbPath()));
         FamilyDatabase db;
@@ -351,41 +340,38 @@ private Q_SLOTS:
         QCOMPARE(QDir(m_env->dataDir()).entryList(QDir::Files), QStringList{QStringLiteral("quilletData.db")});
     }
 
-    void csvOverReadOnlyFileFailsAndKeepsIt()
+    // The list goes into the Source Dir: without one, or when it is unplugged, nothing is written
+    // anywhere, and a read-only list is not replaced.
+    void familyIdsCsvFailures_data()
     {
-        provision();
-        const QString old = m_env->writeFile(QStringLiteral("src/_FamilyIDs.csv"), "old\r\n");
-        QFile::setPermissions(old, QFileDevice::ReadOwner);
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src")));
+        QTest::addColumn<QString>("srcDir"); // under the test's folder, "" for none
+        QTest::addColumn<QByteArray>("old"); // a read-only list already there, "" for none
+        QTest::newRow("no Source Dir") << "" << QByteArray();
+        QTest::newRow("Source Dir unplugged") << "unplugged" << QByteArray();
+        QTest::newRow("read-only list kept") << "src" << QByteArray("old\r\n");
+    }
+    void familyIdsCsvFailures()
+    {
+        QFETCH(QString, srcDir);
+        QFETCH(QByteArray, old);
+        const QString oldPath = m_env->path(QStringLiteral("src/_FamilyIDs.csv"));
+        if (!old.isEmpty())
+            QFile::setPermissions(m_env->writeFile(QStringLiteral("src/_FamilyIDs.csv"), old), QFileDevice::ReadOwner);
+        if (!srcDir.isEmpty())
+            WriteSetting(QStringLiteral("SrcDir"), m_env->path(srcDir));
         FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamilies(db);
+        open(db, true);
         try {
             db.WriteFamilyIDsCsv();
-            QFAIL("a read-only list must not be replaced");
+            QFAIL("the list was written");
         } catch (const Error &e) {
-            QVERIFY2(e.description().endsWith(QStringLiteral("File: ") + old), qPrintable(e.description()));
+            if (!old.isEmpty())
+                QVERIFY2(e.description().endsWith(QStringLiteral("File: ") + oldPath), qPrintable(e.description()));
         }
-        QFile::setPermissions(old, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        QCOMPARE(fileBytes(old), QByteArray("old\r\n"));
-    }
-
-    void csvWithoutSourceDirFails()
-    {
-        provision();
-        FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        QVERIFY_THROWS_EXCEPTION(Error, db.WriteFamilyIDsCsv());
         QVERIFY(!QFileInfo::exists(QStringLiteral("_FamilyIDs.csv")));
-    }
-
-    void csvIntoMissingFolderFails()
-    {
-        provision();
-        WriteSetting(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("unplugged")));
-        FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        QVERIFY_THROWS_EXCEPTION(Error, db.WriteFamilyIDsCsv());
+        QVERIFY(!QFileInfo::exists(m_env->path(QStringLiteral("unplugged"))));
+        QFile::setPermissions(oldPath, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        QCOMPARE(fileBytes(oldPath), old);
     }
 };
 

@@ -12,18 +12,6 @@
 using namespace quillet;
 using namespace quillet::test;
 
-namespace {
-
-void writeRaw(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
-
-} // namespace
-
 class TestSettingsStore : public QObject
 {
     Q_OBJECT
@@ -76,9 +64,9 @@ private Q_SLOTS:
         QFETCH(bool, locked);
         QFETCH(bool, portable);
         if (!admin.isEmpty())
-            writeRaw(AppPaths::adminIni(), admin);
+            writeBytes(AppPaths::adminIni(), admin);
         if (!user.isEmpty())
-            writeRaw(AppPaths::userIni(), user);
+            writeBytes(AppPaths::userIni(), user);
         const SettingValue v = ReadSettingEx(QStringLiteral("TgtDir"));
         QCOMPARE(v.value, value);
         QCOMPARE(v.locked, locked);
@@ -109,7 +97,7 @@ private Q_SLOTS:
 
     void writeKeepsOtherLinesAndCase()
     {
-        writeRaw(AppPaths::userIni(),
+        writeBytes(AppPaths::userIni(),
                  "; staff notes\r\n[Other]\r\nSrcDir=keep\r\n\r\n[settings]\r\nsrcdir=/old\r\nThumbnails=0\r\n");
         WriteSetting(QStringLiteral("SrcDir"), QStringLiteral("/new"));
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Frontdesk"));
@@ -138,7 +126,7 @@ private Q_SLOTS:
     {
         WriteSetting(QStringLiteral("Thumbnails"), true);
         QVERIFY(ReadSettingBool(QStringLiteral("Thumbnails")));
-        writeRaw(AppPaths::userIni(), "[Settings]\r\nThumbnails=0\r\n");
+        writeBytes(AppPaths::userIni(), "[Settings]\r\nThumbnails=0\r\n");
         QVERIFY(!ReadSettingBool(QStringLiteral("Thumbnails"), true));
     }
 

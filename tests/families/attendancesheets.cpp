@@ -5,7 +5,9 @@
 #include <quazip/quazipnewinfo.h>
 
 #include <QBuffer>
+#include <QFile>
 #include <QStringList>
+#include <QTest>
 
 namespace quillet::test {
 
@@ -317,6 +319,25 @@ QByteArray makeCsv(const QList<SheetRow> &rows, char separator)
         next = r.row + 1;
     }
     return out;
+}
+
+QByteArray attendanceSample(const QString &format, char csvSeparator)
+{
+    if (format == QLatin1String("xlsx"))
+        return makeXlsx(attendanceRows());
+    if (format == QLatin1String("ods"))
+        return makeOds(attendanceRows());
+    if (format == QLatin1String("csv"))
+        return makeCsv(attendanceRows(), csvSeparator);
+    QFile file(QStringLiteral(QUILLET_FAMILIES_TESTDATA "/attendance.xls"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void addFormatRows(std::initializer_list<const char *> formats)
+{
+    QTest::addColumn<QString>("format");
+    for (const char *f : formats)
+        QTest::newRow(f) << QString::fromLatin1(f);
 }
 
 QMap<QString, QByteArray> zipEntries(const QByteArray &archive)

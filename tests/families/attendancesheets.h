@@ -31,6 +31,11 @@ QList<SheetRow> attendanceRows();
 QByteArray makeXlsx(const QList<SheetRow> &rows);
 QByteArray makeOds(const QList<SheetRow> &rows);
 QByteArray makeCsv(const QList<SheetRow> &rows, char separator = ',');
+// attendanceRows() as a workbook of the format named by its extension ("xlsx", "ods", "csv"),
+// or the checked-in .xls fixture for "xls".
+QByteArray attendanceSample(const QString &format, char csvSeparator = ',');
+// A data-driven test's column "format", one row a format.
+void addFormatRows(std::initializer_list<const char *> formats);
 
 // The entries of a zip archive, unpacked, by name (empty when the bytes are not an archive).
 QMap<QString, QByteArray> zipEntries(const QByteArray &archive);

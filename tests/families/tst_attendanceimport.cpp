@@ -6,8 +6,7 @@
 #include "families/workbook.h"
 #include "families/xlsworkbook.h"
 #include "lib/error.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
+#include "support/hometest.h"
 
 #include <QDir>
 #include <QFile>
@@ -59,12 +58,10 @@ const QString kOpenQuestion =
 
 } // namespace
 
-class TestAttendanceImport : public QObject
+class TestAttendanceImport : public HomeTest
 {
     Q_OBJECT
 
-    std::unique_ptr<TestEnv> m_env;
-    std::unique_ptr<ScriptedPrompt> m_port;
     std::unique_ptr<FamilyDatabase> m_db;
 
     void addFamilies()
@@ -100,25 +97,13 @@ class TestAttendanceImport : public QObject
 
     QString writeSample(const QString &format)
     {
-        const QList<SheetRow> rows = attendanceRows();
-        QByteArray bytes;
-        if (format == QLatin1String("xlsx"))
-            bytes = makeXlsx(rows);
-        else if (format == QLatin1String("ods"))
-            bytes = makeOds(rows);
-        else if (format == QLatin1String("csv"))
-            bytes = makeCsv(rows, ';');
-        else
-            QFile::copy(QStringLiteral(QUILLET_FAMILIES_TESTDATA "/attendance.xls"), m_env->path(QStringLiteral("days.xls")));
-        return bytes.isEmpty() ? m_env->path(QStringLiteral("days.xls"))
-                               : m_env->writeFile(QStringLiteral("days.") + format, bytes);
+        return m_env->writeFile(QStringLiteral("days.") + format, attendanceSample(format, ';'));
     }
 
 private Q_SLOTS:
     void init()
     {
-        m_env = std::make_unique<TestEnv>();
-        m_port = std::make_unique<ScriptedPrompt>();
+        HomeTest::init();
         QVERIFY(m_env->makeInstallation());
         m_db = std::make_unique<FamilyDatabase>();
         QVERIFY(m_db->OpenDatabase());
@@ -128,16 +113,10 @@ private Q_SLOTS:
     void cleanup()
     {
         m_db.reset();
-        m_port.reset();
-        m_env.reset();
+        HomeTest::cleanup();
     }
 
-    void importsEveryFormat_data()
-    {
-        QTest::addColumn<QString>("format");
-        for (const char *f : {"xlsx", "ods", "csv", "xls"})
-            QTest::newRow(f) << QString::fromLatin1(f);
-    }
+    void importsEveryFormat_data() { addFormatRows({"xlsx", "ods", "csv", "xls"}); }
 
     void importsEveryFormat()
     {
@@ -249,7 +228,7 @@ private Q_SLOTS:
         QFETCH(QString, message);
         auto restore = qScopeGuard([] { XlsWorkbook::setReader(QString(), 0); });
         if (bytes.isEmpty()) { // the real workbook, and a reader that crashes on it
-            bytes = fileBytes(writeSample(QStringLiteral("xls")));
+            bytes = attendanceSample(QStringLiteral("xls"));
             const QString reader = m_env->writeFile(QStringLiteral("reader.sh"), "#!/bin/sh\nkill -SEGV $$\n");
             QVERIFY(QFile::setPermissions(reader, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
             XlsWorkbook::setReader(reader, 0);

@@ -18,25 +18,6 @@ using namespace quillet::test;
 
 namespace {
 
-QByteArray xlsFixture()
-{
-    QFile file(QStringLiteral(QUILLET_FAMILIES_TESTDATA "/attendance.xls"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// The scenario's workbook in one format, and a reader for it.
-QByteArray sample(const QString &format)
-{
-    const QList<SheetRow> rows = attendanceRows();
-    if (format == QLatin1String("xlsx"))
-        return makeXlsx(rows);
-    if (format == QLatin1String("ods"))
-        return makeOds(rows);
-    if (format == QLatin1String("csv"))
-        return makeCsv(rows);
-    return xlsFixture();
-}
-
 std::unique_ptr<Workbook> reader(const QString &format)
 {
     return Workbook::forFileName(QStringLiteral("sheet.") + format);
@@ -82,19 +63,14 @@ class TestWorkbooks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsTheFirstSheetOfEveryFormat_data()
-    {
-        QTest::addColumn<QString>("format");
-        for (const char *f : {"xlsx", "ods", "csv", "xls"})
-            QTest::newRow(f) << QString::fromLatin1(f);
-    }
+    void readsTheFirstSheetOfEveryFormat_data() { addFormatRows({"xlsx", "ods", "csv", "xls"}); }
 
     void readsTheFirstSheetOfEveryFormat()
     {
         QFETCH(QString, format);
         std::unique_ptr<Workbook> book = reader(format);
         QVERIFY(book);
-        book->read(sample(format));
+        book->read(attendanceSample(format));
         for (const SheetRow &r : attendanceRows()) {
             QCOMPARE(book->text(r.row, 1), r.name);
             QCOMPARE(book->text(r.row, 13), r.mark);
@@ -110,33 +86,28 @@ private Q_SLOTS:
         QCOMPARE(book->isWritable(), format != QLatin1String("xls"));
     }
 
-    void writesOnlyTheEditedCells_data()
-    {
-        QTest::addColumn<QString>("format");
-        for (const char *f : {"xlsx", "ods", "csv"})
-            QTest::newRow(f) << QString::fromLatin1(f);
-    }
-
+    // The edits come back when the written file is read again, and every other cell stays. An
+    // .xls cannot be written, but the import still reads its own marks from it.
+    void writesOnlyTheEditedCells_data() { addFormatRows({"xlsx", "ods", "csv", "xls"}); }
     void writesOnlyTheEditedCells()
     {
         QFETCH(QString, format);
-        const QByteArray before = sample(format);
         std::unique_ptr<Workbook> book = reader(format);
-        book->read(before);
-        const QMap<QString, QString> cellsBefore = allCells(*book);
-        for (auto e = kEdits.cbegin(); e != kEdits.cend(); ++e)
-            book->setText(e.key(), 13, e.value());
-        const QByteArray after = book->written();
-
-        std::unique_ptr<Workbook> again = reader(format);
-        again->read(after);
-        QMap<QString, QString> expected = cellsBefore;
+        book->read(attendanceSample(format));
+        QMap<QString, QString> expected = allCells(*book);
         for (auto e = kEdits.cbegin(); e != kEdits.cend(); ++e) {
+            book->setText(e.key(), 13, e.value());
             const QString ref = QStringLiteral("M") + QString::number(e.key());
             e.value().isEmpty() ? void(expected.remove(ref)) : void(expected.insert(ref, e.value()));
         }
-        QCOMPARE(allCells(*again), expected);
         QCOMPARE(allCells(*book), expected); // what the import reads after its marks
+        if (format == QLatin1String("xls")) {
+            QVERIFY_THROWS_EXCEPTION(Error, book->written());
+            return;
+        }
+        std::unique_ptr<Workbook> again = reader(format);
+        again->read(book->written());
+        QCOMPARE(allCells(*again), expected);
     }
 
     void zipPartsOtherThanTheSheetAreCopiedAsTheyWere_data()
@@ -151,7 +122,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, format);
         QFETCH(QString, sheetPart);
-        const QByteArray before = sample(format);
+        const QByteArray before = attendanceSample(format);
         std::unique_ptr<Workbook> book = reader(format);
         book->read(before);
         for (auto e = kEdits.cbegin(); e != kEdits.cend(); ++e)
@@ -175,7 +146,7 @@ private Q_SLOTS:
     void odsMimetypeStaysFirstAndUncompressed()
     {
         OdsWorkbook book;
-        book.read(sample(QStringLiteral("ods")));
+        book.read(attendanceSample(QStringLiteral("ods")));
         book.setText(2, 13, QStringLiteral("y"));
         const QByteArray after = book.written();
         // The first local header: method at offset 8, name at offset 30, content right after.
@@ -336,7 +307,7 @@ private Q_SLOTS:
             << "content.xml";
         QTest::newRow("csv quote not closed") << "csv" << QByteArray("a,b\r\n\"c,d\r\n") << "row 2 has no closing quote";
         QTest::newRow("xls text") << "xls" << QByteArray("Child,Mon AM\r\n") << "The workbook cannot be read";
-        QTest::newRow("xls cut short") << "xls" << xlsFixture().left(3000) << "The workbook cannot be read";
+        QTest::newRow("xls cut short") << "xls" << attendanceSample(QStringLiteral("xls")).left(3000) << "The workbook cannot be read";
         // Found by fuzzing: libfreexl hands iconv a read far past a small stack buffer. A normal
         // build refuses it; with the sanitizers the reader child aborts and the program says so.
         QFile damaged(QStringLiteral(QUILLET_FAMILIES_TESTDATA "/damaged-codepage.xls"));
@@ -402,7 +373,7 @@ private Q_SLOTS:
         auto restore = qScopeGuard([] { XlsWorkbook::setReader(QString(), 0); });
         XlsWorkbook book;
         try {
-            book.read(xlsFixture());
+            book.read(attendanceSample(QStringLiteral("xls")));
             QFAIL("a workbook was read from a broken reader");
         } catch (const Error &e) {
             QCOMPARE(e.number(), kErrBadFileFormat);
@@ -410,15 +381,6 @@ private Q_SLOTS:
             QVERIFY2(!e.description().contains(QStringLiteral("\n")), "one line, no report");
         }
         QVERIFY(!book.cell(1, 1).isValid());
-    }
-
-    void xlsCannotBeWritten()
-    {
-        XlsWorkbook book;
-        book.read(xlsFixture());
-        book.setText(2, 13, QStringLiteral("y"));
-        QCOMPARE(book.text(2, 13), QStringLiteral("y")); // the import still sees its own marks
-        QVERIFY_THROWS_EXCEPTION(Error, book.written());
     }
 
     void namesForMatching_data()

@@ -232,12 +232,16 @@ private Q_SLOTS:
     void failureAsksToCancel_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QByteArray>("bytes"); // empty: no source file
+        QTest::addColumn<int>("sizeCode");     // 0: a plain copy
         QTest::addColumn<bool>("yes");
+        QTest::addColumn<QString>("failed");
         const QByteArray movie("\0\0\0\x18" "ftypqt  ", 12);
-        QTest::newRow("yes cancels") << "clip.mov" << movie << true;
-        QTest::newRow("no goes on") << "clip.mov" << movie << false;
-        QTest::newRow("damaged jpeg, no") << "bad.jpg" << QByteArray("\xFF\xD8 not really a picture") << false;
+        QTest::newRow("yes cancels") << "clip.mov" << movie << 2 << true << "Failed to load/copy ";
+        QTest::newRow("no goes on") << "clip.mov" << movie << 2 << false << "Failed to load/copy ";
+        QTest::newRow("damaged jpeg, no") << "bad.jpg" << QByteArray("\xFF\xD8 not really a picture") << 2 << false
+                                          << "Failed to load/copy ";
+        QTest::newRow("plain copy of a missing file") << "missing.jpg" << QByteArray() << 0 << true << "Failed to copy ";
     }
 
     // The target a failed copy would have replaced keeps its bytes.
@@ -245,29 +249,23 @@ private Q_SLOTS:
     {
         QFETCH(QString, name);
         QFETCH(QByteArray, bytes);
+        QFETCH(int, sizeCode);
         QFETCH(bool, yes);
-        const QString src = m_env->writeFile(QStringLiteral("src/") + name, bytes);
+        QFETCH(QString, failed);
+        const QString src = bytes.isEmpty() ? m_env->path(QStringLiteral("src/") + name)
+                                            : m_env->writeFile(QStringLiteral("src/") + name, bytes);
         const QString tgt = target(name);
         m_env->writeFile(QStringLiteral("tgt/") + name, "previous");
         m_port->answer(yes);
-        QCOMPARE(CopyResizedImage(src, tgt, 2, 3), !yes);
+        QCOMPARE(CopyResizedImage(src, tgt, qint16(sizeCode), sizeCode ? 3 : 0), !yes);
         QCOMPARE(appState().cancel.load(), yes);
         QCOMPARE(m_port->messages().size(), 1);
         const auto &m = m_port->messages().first();
         QCOMPARE(m.style, 4);   // question, default Yes
         QCOMPARE(m.timeout, 5);
-        QVERIFY(m.text.startsWith(QStringLiteral("Failed to load/copy ") + src + QStringLiteral(".\r\nErr: ")));
+        QVERIFY2(m.text.startsWith(failed + src + QStringLiteral(".\r\nErr: ")), qPrintable(m.text));
         QVERIFY(m.text.endsWith(QStringLiteral("\r\nDo you wish to cancel?")));
         QCOMPARE(fileBytes(tgt), QByteArray("previous"));
-    }
-
-    void plainCopyFailureAsks()
-    {
-        const QString src = m_env->path(QStringLiteral("src/missing.jpg"));
-        m_port->answer(true);
-        QVERIFY(!CopyResizedImage(src, target(QStringLiteral("missing.jpg")), 0, 0));
-        QVERIFY(m_port->lastText().startsWith(QStringLiteral("Failed to copy ") + src + QStringLiteral(".\r\nErr: ")));
-        QVERIFY(appState().cancel);
     }
 
     void fourQuarterTurnsGiveThePhotoBack_data()

@@ -34,6 +34,7 @@ private Q_SLOTS:
                                               << "(&H80004005)(SQL -245755) " << 1;
     }
 
+    // The report ends with the code part and the text, and any extra information on a line of its own.
     void reportCodePart()
     {
         QFETCH(qint32, number);
@@ -42,25 +43,20 @@ private Q_SLOTS:
         QFETCH(int, shownStyle);
         QCOMPARE(lib_ErrorKind(number), kind);
 
+        const QString head = QStringLiteral(" An error has occurred in LoadSource()\r\n\r\n") + codePart
+            + QStringLiteral("File not found");
         const QString report = lib_BuildErrorReport(QStringLiteral("LoadSource()"), number,
                                                     QStringLiteral("File not found"), QString(), QTime(14, 3, 2));
-        const QString head = QStringLiteral(" An error has occurred in LoadSource()\r\n\r\n");
-        QVERIFY(report.contains(head));
-        QVERIFY2(report.endsWith(head + codePart + QStringLiteral("File not found")), qPrintable(report));
+        QVERIFY2(report.endsWith(head), qPrintable(report));
+        QVERIFY(lib_BuildErrorReport(QStringLiteral("LoadSource()"), number, QStringLiteral("File not found"),
+                                     QStringLiteral("File:/x/y.jpg"), QTime(1, 2, 3))
+                    .endsWith(head + QStringLiteral("\r\nFile:/x/y.jpg")));
 
         ScriptedPrompt port;
         lib_ErrorHandler(QStringLiteral("LoadSource()"), number, QStringLiteral("File not found"));
         QCOMPARE(port.messages().size(), 1);
         QCOMPARE(port.messages().first().style, shownStyle);
         QCOMPARE(port.beeps, 1);
-    }
-
-    void extraInfoOnItsOwnLine()
-    {
-        const QString report = lib_BuildErrorReport(QStringLiteral("Lib09.lib_KillFile"), 75,
-                                                    QStringLiteral("Path/File access error"),
-                                                    QStringLiteral("File:/x/y.jpg"), QTime(1, 2, 3));
-        QVERIFY(report.endsWith(QStringLiteral("(75) Path/File access error\r\nFile:/x/y.jpg")));
     }
 
     void silentReportShowsNothing()
@@ -78,14 +74,6 @@ private Q_SLOTS:
         QCOMPARE(port.messages().size(), 1);
         QVERIFY(port.lastText().endsWith(QStringLiteral(" The application has encountered an error")));
         QVERIFY(!port.lastText().contains(QStringLiteral("secret")));
-    }
-
-    void packedRequest()
-    {
-        QCOMPARE(lib_PackMessageRequest(QStringLiteral("3"), 5, QStringLiteral("Hello")),
-                 QStringLiteral("3   5Hello"));
-        QCOMPARE(lib_PackMessageRequest(QStringLiteral("4"), 0, QString()), QStringLiteral("4   0"));
-        QCOMPARE(lib_PackMessageRequest(QStringLiteral("1"), 1234, QStringLiteral("x")), QStringLiteral("11234x"));
     }
 
     void splitLongMessages_data()
@@ -155,7 +143,7 @@ private Q_SLOTS:
         QCOMPARE(lib_FormatLogLine(QStringLiteral("text"), false, QString(), when), QStringLiteral("text"));
     }
 
-    void debugLogAppendsCrLfLines()
+    void debugLogAppendsCrLfLinesAndTimingWhileLoading()
     {
         TestEnv env;
         env.dataDir();
@@ -166,12 +154,7 @@ private Q_SLOTS:
         QVERIFY(lines[0].endsWith("first\r"));
         QVERIFY(lines[1].endsWith("second\r"));
         QCOMPARE(lines[0].size(), qsizetype(QByteArray("dd/mm/yy, HH:nn:ss, first\r").size()));
-    }
-
-    void timingLinesOnlyWhileLoading()
-    {
-        TestEnv env;
-        env.dataDir();
+        // Timing lines are written only while the program loads.
         appState().systemLoaded = false;
         lib_Stopwatch(1);
         DebugLogTiming(QStringLiteral("LoadSource"));

@@ -45,31 +45,30 @@ class TestFileUtils : public HomeTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void killMissingFileIsTrue()
+    void killFile_data()
     {
-        QVERIFY(lib_KillFile(m_env->path(QStringLiteral("nothing.jpg"))));
-        QVERIFY(trashed().isEmpty());
+        QTest::addColumn<bool>("exists");
+        QTest::addColumn<bool>("permanently");
+        QTest::addColumn<bool>("readOnly");
+        QTest::addColumn<QStringList>("trash");
+        QTest::newRow("missing file is no failure") << false << false << false << QStringList{};
+        QTest::newRow("to the trash") << true << false << false << QStringList{"a.jpg"};
+        QTest::newRow("permanently") << true << true << false << QStringList{};
+        QTest::newRow("read-only") << true << false << true << QStringList{"a.jpg"};
     }
-
-    void killGoesToTrashOrPermanently()
+    void killFile()
     {
-        const QString a = m_env->writeFile(QStringLiteral("a.jpg"), "A");
-        QVERIFY(lib_KillFile(a));
+        QFETCH(bool, exists);
+        QFETCH(bool, permanently);
+        QFETCH(bool, readOnly);
+        const QString a = m_env->path(QStringLiteral("a.jpg"));
+        if (exists)
+            m_env->writeFile(QStringLiteral("a.jpg"), "A");
+        if (readOnly)
+            QVERIFY(QFile::setPermissions(a, QFileDevice::ReadOwner));
+        QVERIFY(lib_KillFile(a, permanently));
         QVERIFY(!QFile::exists(a));
-        QCOMPARE(trashed(), QStringList{QStringLiteral("a.jpg")});
-
-        const QString b = m_env->writeFile(QStringLiteral("b.jpg"), "B");
-        QVERIFY(lib_KillFile(b, true));
-        QVERIFY(!QFile::exists(b));
-        QCOMPARE(trashed().size(), 1);
-    }
-
-    void killReadOnlyFile()
-    {
-        const QString a = m_env->writeFile(QStringLiteral("ro.jpg"), "A");
-        QFile::setPermissions(a, QFileDevice::ReadOwner);
-        QVERIFY(lib_KillFile(a));
-        QVERIFY(!QFile::exists(a));
+        QTEST(trashed(), "trash");
     }
 
     void makePathCreatesMissingLevels()

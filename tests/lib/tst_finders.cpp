@@ -13,7 +13,7 @@ class TestFinders : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void walkWithAndWithoutRecursion()
+    void walkWithAndWithoutRecursionOrFolder()
     {
         TestEnv env;
         env.writeFile(QStringLiteral("src/README"), "");
@@ -41,11 +41,6 @@ private Q_SLOTS:
         QCOMPARE(deep, (QStringList{"two.jpg", "one.jpg", "b.JPG"}));
         QCOMPARE(levels, (QList<int>{3, 2, 1}));
         QCOMPARE(dirs, (QStringList{"a/deep", "a", ""}));
-    }
-
-    void missingFolderFindsNothing()
-    {
-        lib_clsFindFiles finder;
         QVERIFY(!finder.FindFirstFile(QStringLiteral("/no/such/folder"), QStringLiteral("*"), true));
     }
 

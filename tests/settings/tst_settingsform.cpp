@@ -22,6 +22,16 @@ class TestSettingsForm : public HomeTest
     FamilyDatabase *m_db = nullptr;
     SettingsForm *m_form = nullptr;
 
+    // The form loaded with batchfiles on for `pcName`, whose batchfile has an entry.
+    void loadWithBatchfile(const QString &pcName)
+    {
+        WriteSetting(QStringLiteral("PCname"), pcName);
+        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
+        m_form->LoadData(*m_db);
+        Batchfile::SetBatchfileName(false);
+        BatchfileWriter().entry(Batchfile::kDeleteSource, {QStringLiteral("a.jpg")});
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -164,15 +174,7 @@ private Q_SLOTS:
 
     void sourceChangeWritesFlagAndClosesBatchfile()
     {
-        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
-        WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
-        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
-        m_form->LoadData(*m_db);
-        Batchfile::SetBatchfileName(false);
-        {
-            BatchfileWriter w;
-            w.entry(Batchfile::kDeleteSource, {QStringLiteral("a.jpg")});
-        }
+        loadWithBatchfile(QStringLiteral("Office"));
         QDir().mkpath(m_env->path(QStringLiteral("src2")));
         m_form->setValue(QStringLiteral("SrcDir"), m_env->path(QStringLiteral("src2")));
         const SettingsForm::SaveResult r = m_form->Save(*m_db);
@@ -188,15 +190,7 @@ private Q_SLOTS:
 
     void pcNameChangeRenamesTheBatchfile()
     {
-        m_form->LoadData(*m_db); // valid: the installation has its Source and Target Dir
-        WriteSetting(QStringLiteral("PCname"), QStringLiteral("Old"));
-        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
-        m_form->LoadData(*m_db);
-        Batchfile::SetBatchfileName(false);
-        {
-            BatchfileWriter w;
-            w.entry(Batchfile::kDeleteSource, {QStringLiteral("a.jpg")});
-        }
+        loadWithBatchfile(QStringLiteral("Old"));
         m_form->setValue(QStringLiteral("PCname"), QStringLiteral("New"));
         const SettingsForm::SaveResult r = m_form->Save(*m_db);
         QVERIFY(r.pcNameChanged && !r.foldersChanged);
@@ -208,10 +202,7 @@ private Q_SLOTS:
 
     void portableCopyLocksItsFields()
     {
-        QFile admin(AppPaths::adminIni());
-        QVERIFY(admin.open(QIODevice::WriteOnly));
-        admin.write("[Settings]\r\nTgtDir=/srv/families\r\n");
-        admin.close();
+        writeBytes(AppPaths::adminIni(), "[Settings]\r\nTgtDir=/srv/families\r\n");
         m_form->LoadData(*m_db);
         QVERIFY(m_form->isLocked(QStringLiteral("TgtDir")));
         QVERIFY(m_form->isLocked(QStringLiteral("CreateBatchs")));
