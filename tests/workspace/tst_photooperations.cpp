@@ -129,9 +129,16 @@ private Q_SLOTS:
         QVERIFY(journal().endsWith(QByteArray("DS\r\n" + Batchfile::RelativePath(last, m_env->srcDir()).toUtf8() + "\r\n")));
     }
 
+    void putAsideMovesIntoTheFolderItself_data()
+    {
+        QTest::addColumn<bool>("journaling");
+        QTest::newRow("journaled with its sub-folder") << true;
+        QTest::newRow("batchfiles off: no journal touched") << false;
+    }
     void putAsideMovesIntoTheFolderItself()
     {
-        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("0"));
+        QFETCH(bool, journaling);
+        WriteSetting(QStringLiteral("CreateBatchs"), journaling);
         load(false);
         select({QStringLiteral("d.jpg")});
         m_port->answer(true);
@@ -140,16 +147,10 @@ private Q_SLOTS:
         QVERIFY(m_port->lastText().endsWith(QStringLiteral(" (there is no built-in undo for this).  Are you sure?")));
         QVERIFY(QFile::exists(PhotoOperations::PutAsideDir() + QStringLiteral("d.jpg")));
         QVERIFY(!QFile::exists(src(QStringLiteral("sub/d.jpg"))));
-        QVERIFY(!QFile::exists(Batchfile::CurrentPath())); // batchfiles off: no journal touched
-    }
-
-    void putAsideJournalsTheSubfolder()
-    {
-        load(false);
-        select({QStringLiteral("d.jpg")});
-        m_port->answer(true);
-        PhotoOperations(*m_ws).PutAsideSelected();
-        QVERIFY(journal().endsWith("MS\r\nsub\\d.jpg\r\n"));
+        if (journaling)
+            QVERIFY(journal().endsWith("MS\r\nsub\\d.jpg\r\n"));
+        else
+            QVERIFY(!QFile::exists(Batchfile::CurrentPath()));
     }
 };
 

@@ -56,19 +56,12 @@ class TestWorkspace : public HomeTest
             m_db->exec(QStringLiteral("UPDATE tblFamilies SET [FamDays") + d + QStringLiteral("]=True WHERE FamilyID=?"), {id});
     }
 
-    QStringList sourceTexts() const
+    // The source list's texts (or another field), in list order.
+    QStringList sourceTexts(QString SourceListModel::Entry::*field = &SourceListModel::Entry::text) const
     {
         QStringList out;
         for (int i = 0; i < m_ws->sourceList().rowCount(); ++i)
-            out << m_ws->sourceList().at(i).text;
-        return out;
-    }
-
-    QStringList colours() const
-    {
-        QStringList out;
-        for (int i = 0; i < m_ws->sourceList().rowCount(); ++i)
-            out << m_ws->sourceList().at(i).colour;
+            out << m_ws->sourceList().at(i).*field;
         return out;
     }
 
@@ -162,7 +155,7 @@ private Q_SLOTS:
         m_ws->options().thumbnails = true; // name order
         QCOMPARE(m_ws->LoadSource(false, false), Workspace::LoadResult::Done);
         QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg", "f.jpg"}));
-        QCOMPARE(colours(), (QStringList{"BLACK", "BLACK", "BLUE", "BLACK", "BLKWHT", "BLACK"}));
+        QCOMPARE(sourceTexts(&SourceListModel::Entry::colour), (QStringList{"BLACK", "BLACK", "BLUE", "BLACK", "BLKWHT", "BLACK"}));
         // The list is complete before any thumbnail is made: each entry shows the placeholder
         // until a view asks for it.
         QCOMPARE(m_ws->thumbnails().heldCount(), 0);
@@ -191,7 +184,7 @@ private Q_SLOTS:
         m_ws->options().thumbnails = thumbnails;
         QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
         QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg"}));
-        QCOMPARE(colours(), (QStringList{"BLACK", "BLKWHT", "BLKWHT"}));
+        QCOMPARE(sourceTexts(&SourceListModel::Entry::colour), (QStringList{"BLACK", "BLKWHT", "BLKWHT"}));
     }
 
     void cancelKeepsWhatWasAdded()
