@@ -4,13 +4,11 @@
 // and Target Dir) inside the test's temporary folder, and activate() points the process at it.
 // The test's TestEnv puts the environment back afterwards.
 
-#include "app/familydatabase.h"
-#include "app/settingsstore.h"
+#include "../workspace/headlessworkspace.h"
 #include "lib/apppaths.h"
 #include "sync/batchfilejournal.h"
 #include "workspace/allocationsave.h"
 #include "workspace/photooperations.h"
-#include "workspace/workspace.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 
@@ -20,6 +18,15 @@
 #include <QTest>
 
 namespace quillet::test {
+
+// Points the process's home folders at `home`.
+inline void useHome(const QString &home)
+{
+    qputenv("HOME", home.toUtf8());
+    qputenv("XDG_DATA_HOME", (home + QStringLiteral("/.local/share")).toUtf8());
+    qputenv("XDG_CACHE_HOME", (home + QStringLiteral("/.cache")).toUtf8());
+    qputenv("XDG_CONFIG_HOME", (home + QStringLiteral("/.config")).toUtf8());
+}
 
 struct PcHome
 {
@@ -36,13 +43,7 @@ struct PcHome
     QString tgt() const { return root + QStringLiteral("/tgt"); }
     QString home() const { return root + QStringLiteral("/home"); }
 
-    void activate() const
-    {
-        qputenv("HOME", home().toUtf8());
-        qputenv("XDG_DATA_HOME", (home() + QStringLiteral("/.local/share")).toUtf8());
-        qputenv("XDG_CACHE_HOME", (home() + QStringLiteral("/.cache")).toUtf8());
-        qputenv("XDG_CONFIG_HOME", (home() + QStringLiteral("/.config")).toUtf8());
-    }
+    void activate() const { useHome(home()); }
 
     // Activates this PC and makes its installation: data folder, empty database, settings.
     bool install(const QString &batchXfrDir) const
@@ -54,13 +55,8 @@ struct PcHome
         QDir().mkpath(home() + QStringLiteral("/.cache"));
         if (!FamilyDatabase::Provision(FamilyDatabase::DbPath()))
             return false;
-        for (const auto &[key, value] : QList<QPair<QString, QString>>{{"SrcDir", src()},
-                                                                      {"TgtDir", tgt()},
-                                                                      {"PCname", name},
-                                                                      {"BatchXfrDir", batchXfrDir},
-                                                                      {"Thumbnails", "0"},
-                                                                      {"SrcDirInclSubs", "1"}})
-            WriteSetting(key, value);
+        writeSettings({{"SrcDir", src()}, {"TgtDir", tgt()}, {"PCname", name}, {"BatchXfrDir", batchXfrDir},
+                       {"Thumbnails", "0"}, {"SrcDirInclSubs", "1"}});
         return true;
     }
 };
@@ -114,27 +110,23 @@ inline constexpr int kTurn = 0;
 inline void allocate(FamilyDatabase &db, const QList<QPair<QStringList, int>> &steps)
 {
     Batchfile::InitBatchfile();
-    Workspace ws(db, PhotoServices::Default());
-    ws.ReadSessionSettings();
-    ws.options().thumbnails = false;
-    ws.options().filterByDay = false;
-    ws.CreateUndos();
-    AllocationSave save(ws);
+    const auto ws = headlessWorkspace(db);
+    AllocationSave save(*ws);
     for (const auto &[photos, family] : steps) {
-        ws.LoadSource(true, false);
-        ws.ReloadFamilyCollections();
-        ws.LoadFamilies(false, false, false, false, false);
-        for (int i = 0; i < ws.sourceList().rowCount(); ++i)
-            ws.sourceList().setSelected(i, photos.contains(ws.sourceList().at(i).text));
+        ws->LoadSource(true, false);
+        ws->ReloadFamilyCollections();
+        ws->LoadFamilies(false, false, false, false, false);
+        for (int i = 0; i < ws->sourceList().rowCount(); ++i)
+            ws->sourceList().setSelected(i, photos.contains(ws->sourceList().at(i).text));
         if (family == kTurn) {
-            QVERIFY(PhotoOperations(ws).RotateSelected(false));
+            QVERIFY(PhotoOperations(*ws).RotateSelected(false));
             continue;
         }
-        ws.familyList().clearSelection();
-        ws.familyList().setSelected(ws.familyList().positionOfId(family), true);
+        ws->familyList().clearSelection();
+        ws->familyList().setSelected(ws->familyList().positionOfId(family), true);
         save.Save();
     }
-    ws.undos().SaveToFile();
+    ws->undos().SaveToFile();
     Batchfile::SetCurrentPath(QString());
 }
 

@@ -95,19 +95,6 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(f.src("IMG.jpg")));
     }
 
-    // A target folder that is a link to a place inside the Target Dir is an ordinary folder.
-    void linkInsideTheFolderIsFollowed()
-    {
-        ReplayFixture f;
-        QDir().mkpath(f.tgt("Real"));
-        QVERIFY(QFile::link(f.tgt("Real"), f.tgt("Alias")));
-        f.photo("IMG.jpg");
-        f.batchfile({"CS", "IMG.jpg", "Alias\\IMG.jpg"});
-        f.process();
-        QCOMPARE(f.results(), QStringList{"ok"});
-        QVERIFY(QFileInfo::exists(f.tgt("Real/IMG.jpg")));
-    }
-
     // Neither folder can itself be deleted or renamed through an entry.
     void theFoldersThemselvesCannotBeNamed_data()
     {

@@ -13,6 +13,7 @@ class TestBatchfileProcessing : public QObject
     std::unique_ptr<ReplayFixture> f;
 
     static QSize sizeOf(const QString &path) { return jpegSize(fileBytes(path)); }
+    static QSize size(const QString &wxh) { return QSize(wxh.section('x', 0, 0).toInt(), wxh.section('x', 1).toInt()); }
 
 private Q_SLOTS:
     void init() { f = std::make_unique<ReplayFixture>(); }
@@ -123,13 +124,80 @@ private Q_SLOTS:
         QCOMPARE(sizeOf(f->src("IMG.jpg")), rotated ? QSize(48, 64) : QSize(64, 48));
     }
 
-    void lookAheadLineIsStillReplayed()
+    // One batchfile replayed after a set-up: its results and what is on disk then. Set-up steps
+    // (paths below the test's folder): "photo|name[|WxH]" in the Source Dir, "file|path",
+    // "link|path|to" (a folder), "set|key|value", "family|id|first|last". Checks: "path" exists,
+    // "!path" does not, "path|WxH" is a JPEG of that size, "path|=other" has other's bytes.
+    void replaysEntries_data()
     {
-        f->photo("IMG.jpg", QSize(64, 48));
-        f->batchfile({"RSR", "IMG.jpg", "NS", "IMG.jpg", "IMG(#3#).jpg"});
+        QTest::addColumn<QStringList>("setup");
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<QStringList>("results");
+        QTest::addColumn<QStringList>("after");
+        QTest::newRow("look-ahead line is still replayed")
+            << QStringList{"photo|IMG.jpg"} << QStringList{"RSR", "IMG.jpg", "NS", "IMG.jpg", "IMG(#3#).jpg"}
+            << QStringList{"ok", "ok"} << QStringList{"src/IMG(#3#).jpg|48x64"};
+        QTest::newRow("rename onto an existing name deletes the source")
+            << QStringList{"photo|IMG.jpg", "photo|IMG(#3#).jpg|32x24", "photo|Same.jpg"}
+            << QStringList{"NS", "IMG.jpg", "IMG(#3#).jpg", "NS", "Same.jpg", "Same.jpg"} << QStringList{"ok", "ok"}
+            << QStringList{"!src/IMG.jpg", "src/IMG(#3#).jpg|32x24", "src/Same.jpg"}; // onto itself: kept
+        QTest::newRow("rename in a sub-folder stays there")
+            << QStringList{"photo|day1/IMG.jpg"} << QStringList{"NS", "day1\\IMG.jpg", "IMG(#3#).jpg"}
+            << QStringList{"ok"} << QStringList{"src/day1/IMG(#3#).jpg"};
+        QTest::newRow("batch only skips copies and target deletes")
+            << QStringList{"set|BatchOnly|1", "photo|IMG.jpg", "photo|DEL.jpg", "file|tgt/Old/x.jpg"}
+            << QStringList{"CS", "IMG.jpg", "Ann\\IMG.jpg", "DTF", "Old\\x.jpg", "NS", "IMG.jpg", "IMG(#3#).jpg",
+                           "DS", "DEL.jpg", "NTD", "Old", "New"}
+            << QStringList{"ignored, BatchOnly is set", "ignored, BatchOnly is set", "ok", "ok", "ok"}
+            << QStringList{"!tgt/Ann", "tgt/New/x.jpg", "src/IMG(#3#).jpg", "!src/DEL.jpg"};
+        QTest::newRow("excluded family is copied without resizing")
+            << QStringList{"family|7|Ann|Lee", "set|ResizeExclFam|7", "set|TargetResize|1", "set|TargetResizeMD|1",
+                           "set|TargetResizeQ|3", "photo|IMG.jpg|640x480"}
+            << QStringList{"CS", "IMG.jpg", "Ann Lee\\IMG.jpg", "CS", "IMG.jpg", "Bob\\IMG.jpg"} << QStringList{"ok", "ok"}
+            << QStringList{"tgt/Ann Lee/IMG.jpg|=src/IMG.jpg", "tgt/Bob/IMG.jpg|320x240"};
+        QTest::newRow("failed rotation is no error") << QStringList{"file|src/NOTAJPEG.jpg"}
+                                                     << QStringList{"RSR", "NOTAJPEG.jpg"}
+                                                     << QStringList{"failed to rotate file"} << QStringList{};
+        // A target folder that is a link to a place inside the Target Dir is an ordinary folder.
+        QTest::newRow("link inside the Target Dir is followed")
+            << QStringList{"photo|IMG.jpg", "link|tgt/Alias|tgt/Real"} << QStringList{"CS", "IMG.jpg", "Alias\\IMG.jpg"}
+            << QStringList{"ok"} << QStringList{"tgt/Real/IMG.jpg"};
+    }
+    void replaysEntries()
+    {
+        QFETCH(QStringList, setup);
+        QFETCH(QStringList, entries);
+        QFETCH(QStringList, results);
+        QFETCH(QStringList, after);
+        for (const QString &step : setup) {
+            const QStringList w = step.split('|');
+            if (w[0] == "photo")
+                f->photo(w[1], w.size() > 2 ? size(w[2]) : QSize(64, 48));
+            else if (w[0] == "file")
+                f->env.writeFile(w[1], "not a picture");
+            else if (w[0] == "link")
+                QVERIFY(QDir().mkpath(f->env.path(w[2])) && QFile::link(f->env.path(w[2]), f->env.path(w[1])));
+            else if (w[0] == "set")
+                WriteSetting(w[1], w[2]);
+            else
+                f->db.exec("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (?,?,?,True)",
+                           {w[1].toInt(), w[2], w[3]});
+        }
+        f->batchfile(entries);
         f->process();
-        QCOMPARE(f->results(), (QStringList{"ok", "ok"}));
-        QCOMPARE(sizeOf(f->src("IMG(#3#).jpg")), QSize(48, 64));
+        QCOMPARE(f->results(), results);
+        for (const QString &check : after) {
+            const QStringList w = check.split('|');
+            const bool absent = w[0].startsWith('!');
+            const QString path = f->env.path(w[0].mid(absent ? 1 : 0));
+            QVERIFY2(QFileInfo::exists(path) != absent, qPrintable(check));
+            if (w.size() > 1 && w[1].startsWith('='))
+                QCOMPARE(fileBytes(path), fileBytes(f->env.path(w[1].mid(1))));
+            else if (w.size() > 1)
+                QCOMPARE(sizeOf(path), size(w[1]));
+        }
+        QVERIFY(f->port.opened.isEmpty());      // nothing to review
+        QCOMPARE(f->port.messages().size(), 1); // only the process question
     }
 
     void doneBatchfileCopiedBackSkipsItsRotations()
@@ -144,61 +212,6 @@ private Q_SLOTS:
         QCOMPARE(f->results(), (QStringList{"skipped, already rotated", "ok"}));
         QCOMPARE(sizeOf(f->src("IMG.jpg")), QSize(48, 64));
         QCOMPARE(f->doneFiles().size(), 2); // the second replay did not replace the first record
-    }
-
-    void renameOntoExistingNameDeletesTheSource()
-    {
-        f->photo("IMG.jpg");
-        f->photo("IMG(#3#).jpg", QSize(64, 48), 2);
-        const QByteArray tagged = fileBytes(f->src("IMG(#3#).jpg"));
-        f->photo("Same.jpg");
-        f->batchfile({"NS", "IMG.jpg", "IMG(#3#).jpg", "NS", "Same.jpg", "Same.jpg"});
-        f->process();
-        QCOMPARE(f->results(), (QStringList{"ok", "ok"}));
-        QVERIFY(!QFileInfo::exists(f->src("IMG.jpg")));
-        QCOMPARE(fileBytes(f->src("IMG(#3#).jpg")), tagged);
-        QVERIFY(QFileInfo::exists(f->src("Same.jpg"))); // renaming onto itself keeps the photo
-    }
-
-    void renameInSubfolderStaysThere()
-    {
-        f->photo("day1/IMG.jpg");
-        f->batchfile({"NS", "day1\\IMG.jpg", "IMG(#3#).jpg"});
-        f->process();
-        QCOMPARE(f->results(), QStringList{"ok"});
-        QVERIFY(QFileInfo::exists(f->src("day1/IMG(#3#).jpg")));
-    }
-
-    void batchOnlySkipsCopiesAndTargetDeletes()
-    {
-        WriteSetting(QStringLiteral("BatchOnly"), QStringLiteral("1"));
-        f->photo("IMG.jpg");
-        f->photo("DEL.jpg");
-        f->env.writeFile("tgt/Old/x.jpg", "x");
-        f->batchfile({"CS", "IMG.jpg", "Ann\\IMG.jpg", "DTF", "Old\\x.jpg", "NS", "IMG.jpg", "IMG(#3#).jpg",
-                      "DS", "DEL.jpg", "NTD", "Old", "New"});
-        f->process();
-        QCOMPARE(f->results(),
-                 (QStringList{"ignored, BatchOnly is set", "ignored, BatchOnly is set", "ok", "ok", "ok"}));
-        QVERIFY(!QFileInfo::exists(f->tgt("Ann")));
-        QVERIFY(QFileInfo::exists(f->tgt("New/x.jpg")));
-        QVERIFY(QFileInfo::exists(f->src("IMG(#3#).jpg")));
-        QVERIFY(!QFileInfo::exists(f->src("DEL.jpg")));
-    }
-
-    void excludedFamilyIsCopiedWithoutResizing()
-    {
-        f->db.exec("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (7,'Ann','Lee',True)");
-        WriteSetting(QStringLiteral("ResizeExclFam"), QStringLiteral("7"));
-        WriteSetting(QStringLiteral("TargetResize"), QStringLiteral("1"));
-        WriteSetting(QStringLiteral("TargetResizeMD"), QStringLiteral("1"));
-        WriteSetting(QStringLiteral("TargetResizeQ"), QStringLiteral("3"));
-        f->photo("IMG.jpg", QSize(640, 480));
-        f->batchfile({"CS", "IMG.jpg", "Ann Lee\\IMG.jpg", "CS", "IMG.jpg", "Bob\\IMG.jpg"});
-        f->process();
-        QCOMPARE(f->results(), (QStringList{"ok", "ok"}));
-        QCOMPARE(fileBytes(f->tgt("Ann Lee/IMG.jpg")), fileBytes(f->src("IMG.jpg")));
-        QCOMPARE(sizeOf(f->tgt("Bob/IMG.jpg")), QSize(320, 240));
     }
 
     void everyFailureOpensItsDoneBatchfile()
@@ -230,16 +243,6 @@ private Q_SLOTS:
         QCOMPARE(f->port.opened.size(), 2);
         QCOMPARE(f->port.texts().filter("Could not open").size(), 1);
         QCOMPARE(f->port.lastText(), "Could not open " + done + " here. Open it in a text editor to review it.");
-    }
-
-    void failedRotationIsNoError()
-    {
-        f->env.writeFile("src/NOTAJPEG.jpg", "not a picture");
-        f->batchfile({"RSR", "NOTAJPEG.jpg"});
-        f->process();
-        QCOMPARE(f->results(), QStringList{"failed to rotate file"});
-        QVERIFY(f->port.opened.isEmpty());
-        QCOMPARE(f->port.messages().size(), 1); // only the process question
     }
 
     void missingSourcesAreOfferedForReview_data()

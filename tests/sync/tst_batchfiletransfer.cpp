@@ -1,24 +1,14 @@
 #include "replayfixture.h"
+#include "transferfixture.h"
 
+#include "../workspace/allocationfixture.h"
 #include "lib/fileutils.h"
 #include "sync/batchfiletransfer.h"
-#include "workspace/allocationfixture.h"
-#include "workspace/photooperations.h"
 
 using namespace quillet;
 using namespace quillet::test;
 
 namespace {
-
-// Points the home folders at another installation of the same test (a second PC).
-void useHome(const QString &home)
-{
-    QDir().mkpath(home + "/.local/share");
-    qputenv("HOME", home.toUtf8());
-    qputenv("XDG_DATA_HOME", (home + "/.local/share").toUtf8());
-    qputenv("XDG_CACHE_HOME", (home + "/.cache").toUtf8());
-    qputenv("XDG_CONFIG_HOME", (home + "/.config").toUtf8());
-}
 
 QStringList names(const QString &folder)
 {
@@ -73,44 +63,35 @@ private Q_SLOTS:
         QCOMPARE(f->port.lastText(), "0 files exported");
     }
 
-    void noTransferDirMeansNothing()
-    {
-        WriteSetting(QStringLiteral("BatchXfrDir"), QString());
-        ownClosed();
-        BatchfileTransfer transfer;
-        QVERIFY(transfer.ExportBatchfiles().isEmpty());
-        QVERIFY(transfer.ImportBatchfiles().isEmpty());
-        QVERIFY(f->port.messages().isEmpty());
-    }
-
     void missingTransferFolder_data()
     {
-        QTest::addColumn<bool>("create");
-        QTest::newRow("created") << true;
-        QTest::newRow("declined") << false;
+        QTest::addColumn<QString>("setting"); // empty: the test's own transfer folder, not made yet
+        QTest::addColumn<QList<bool>>("answers");
+        QTest::addColumn<bool>("created");
+        QTest::newRow("created") << "" << QList<bool>{true} << true;
+        QTest::newRow("declined") << "" << QList<bool>{false} << false;
+        QTest::newRow("drive unplugged") << "/media/nobody/UNPLUGGED/transfer" << QList<bool>{} << false;
     }
     void missingTransferFolder()
     {
-        QFETCH(bool, create);
+        QFETCH(QString, setting);
+        QFETCH(QList<bool>, answers);
+        QFETCH(bool, created);
+        if (!setting.isEmpty())
+            WriteSetting(QStringLiteral("BatchXfrDir"), setting);
+        const QString folder = setting.isEmpty() ? xfr() : setting + "/Batchfiles";
         ownClosed();
         BatchfileTransfer transfer;
         QVERIFY(transfer.ImportBatchfiles().isEmpty());
-        QCOMPARE(f->port.lastText(), "Batch Transfer Dir (" + xfr() + ") not found.");
-        f->port.answer(create);
-        QCOMPARE(transfer.ExportBatchfiles().isEmpty(), !create);
-        QCOMPARE(f->port.texts().at(1), "Batch Transfer Dir (" + xfr() + ") not found. Do you want to create it?");
-        QCOMPARE(QFileInfo(xfr()).isDir(), create);
-    }
-
-    void missingDriveIsNamed()
-    {
-        const QString unplugged = "/media/nobody/UNPLUGGED/transfer";
-        WriteSetting(QStringLiteral("BatchXfrDir"), unplugged);
-        BatchfileTransfer transfer;
-        QVERIFY(transfer.ExportBatchfiles().isEmpty());
-        QVERIFY(transfer.ImportBatchfiles().isEmpty());
-        const QString text = "Batch Transfer Dir drive (" + lib_DrivePart(unplugged + "/Batchfiles") + ") does not exist";
-        QCOMPARE(f->port.texts(), (QStringList{text, text}));
+        for (bool a : answers)
+            f->port.answer(a);
+        QCOMPARE(transfer.ExportBatchfiles().isEmpty(), !created);
+        const QString drive = "Batch Transfer Dir drive (" + lib_DrivePart(folder) + ") does not exist";
+        const QString missing = "Batch Transfer Dir (" + folder + ") not found.";
+        const QStringList texts = setting.isEmpty() ? QStringList{missing, missing + " Do you want to create it?"}
+                                                    : QStringList{drive, drive};
+        QCOMPARE(f->port.texts().mid(0, 2), texts);
+        QCOMPARE(QFileInfo(folder).isDir(), created);
     }
 
     void exportClosesArchivesAndMovesOnlyThisPcsFiles()
@@ -215,25 +196,24 @@ private Q_SLOTS:
             a.family(id, first, last);
         for (int i = 1; i <= 7; ++i)
             a.photo(QStringLiteral("P%1.jpg").arg(i), QSize(48 + 16 * i, 48));
-        copyTree(a.src(), root + "/srcB");
-        QDir().mkpath(root + "/tgtB");
-        auto step = [&](const QStringList &photos, const QList<int> &families) {
+        const PcHome b(root, QStringLiteral("B"));
+        copyTree(a.src(), b.src());
+        for (const auto &[photos, families] :
+             QList<QPair<QStringList, QList<int>>>{{{"P1.jpg", "P2.jpg"}, {3, 5}}, {{"P3.jpg"}, {7}}, {{"P4.jpg"}, {3}}}) {
             a.load();
-            a.selectPhotos(photos);
-            a.selectFamilies(families);
+            a.saveTo(photos, families);
+        }
+        auto step = [&](const QString &photo) {
+            a.load();
+            a.selectPhotos({photo});
+            a.selectFamilies({});
         };
-        step({"P1.jpg", "P2.jpg"}, {3, 5});
-        a.save->Save();
-        step({"P3.jpg"}, {7});
-        a.save->Save();
-        step({"P4.jpg"}, {3});
-        a.save->Save();
-        step({"P5.jpg"}, {});
+        step("P5.jpg");
         QVERIFY(PhotoOperations(*a.ws).RotateSelected(false));
-        step({"P6.jpg"}, {});
+        step("P6.jpg");
         a.port.answer(true);
         QVERIFY(PhotoOperations(*a.ws).DeleteSelected());
-        step({"P7.jpg"}, {});
+        step("P7.jpg");
         a.port.answer(true);
         QVERIFY(PhotoOperations(*a.ws).PutAsideSelected());
         a.ws->undos().UndoLastLevel(false); // P4 goes back
@@ -244,15 +224,8 @@ private Q_SLOTS:
         QCOMPARE(BatchfileTransfer().ExportBatchfiles(), "1 file exported");
 
         // PC B
-        useHome(root + "/homeB");
-        QVERIFY(QDir().mkpath(AppPaths::dataDir()));
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
-        for (const auto &[key, value] : QList<QPair<QString, QString>>{{"SrcDir", root + "/srcB"},
-                                                                       {"TgtDir", root + "/tgtB"},
-                                                                       {"PCname", "PC2"},
-                                                                       {"CreateBatchs", "1"},
-                                                                       {"BatchXfrDir", root + "/xfr"}})
-            WriteSetting(key, value);
+        QVERIFY(b.install(root + "/xfr"));
+        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
         Batchfile::InitBatchfile();
         BatchfileTransfer importB;
         importB.refresh = [] { BatchfileProcessing(nullptr).ProcessBatchfiles(); };
@@ -261,22 +234,22 @@ private Q_SLOTS:
         QCOMPARE(a.port.texts().filter("Found batchfile from:  PC1\r\n").size(), 1);
         QCOMPARE(a.targetFiles(), (QStringList{"Ann Lee/P1.jpg", "Ann Lee/P2.jpg", "Bob Ray/P1.jpg", "Bob Ray/P2.jpg",
                                                "Cathy Day/P3.jpg"}));
-        QCOMPARE(snapshot(root + "/tgtB"), snapshot(a.tgt()));
-        QCOMPARE(names(root + "/srcB"), names(a.src()));
-        QCOMPARE(names(root + "/srcB"), (QStringList{"P1(#3#5#).jpg", "P2(#3#5#).jpg", "P3(#7#).jpg", "P4.jpg",
+        QCOMPARE(snapshot(b.tgt()), snapshot(a.tgt()));
+        QCOMPARE(names(b.src()), names(a.src()));
+        QCOMPARE(names(b.src()), (QStringList{"P1(#3#5#).jpg", "P2(#3#5#).jpg", "P3(#7#).jpg", "P4.jpg",
                                                     "P5.jpg"}));
-        QCOMPARE(fileBytes(root + "/srcB/P5.jpg"), fileBytes(a.src("P5.jpg"))); // turned the same way
-        QVERIFY(QFileInfo::exists(root + "/homeB/Temp/QLtemp/P7.jpg"));
+        QCOMPARE(fileBytes(b.src() + "/P5.jpg"), fileBytes(a.src("P5.jpg"))); // turned the same way
+        QVERIFY(QFileInfo::exists(b.home() + "/Temp/QLtemp/P7.jpg"));
         QVERIFY(a.port.opened.isEmpty()); // no failure, no missing source
 
         // Back from B to A: nothing of B's travels, nothing on A changes.
         QCOMPARE(BatchfileTransfer().ExportBatchfiles(), "0 files exported");
         useHome(homeA);
-        const auto before = snapshot(root, {"homeB", "home/.local/share/Quillet", "home/.cache", "home/.config"});
+        const auto before = snapshot(root, {"B/home", "home/.local/share/Quillet", "home/.cache", "home/.config"});
         BatchfileTransfer importA;
         importA.refresh = [] { BatchfileProcessing(nullptr).ProcessBatchfiles(); };
         QCOMPARE(importA.ImportBatchfiles(), "0 files imported");
-        QCOMPARE(snapshot(root, {"homeB", "home/.local/share/Quillet", "home/.cache", "home/.config"}), before);
+        QCOMPARE(snapshot(root, {"B/home", "home/.local/share/Quillet", "home/.cache", "home/.config"}), before);
     }
 };
 

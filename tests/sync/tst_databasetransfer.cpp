@@ -1,9 +1,6 @@
 #include "transferfixture.h"
 
 #include "app/sqlitecollation.h"
-#include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
 #include "sync/databasecopycheck.h"
 #include "sync/databasetransfer.h"
 
@@ -253,17 +250,6 @@ private Q_SLOTS:
         QCOMPARE(DatabaseCopyCheck::Problem(copyPath()), QString());
         QCOMPARE(fileBytes(copyPath()), before);
         QCOMPARE(QDir(m_f->xfr + QStringLiteral("/Database")).entryList(QDir::Files), QStringList{"quilletData.db"});
-    }
-
-    void emptyBatchXfrDirDoesNothing()
-    {
-        WriteSetting(QStringLiteral("BatchXfrDir"), QString());
-        FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        addFamily(db, 1, QStringLiteral("Anna"));
-        QVERIFY(!ExportFamilyDatabase(db));
-        QVERIFY(!ImportFamilyDatabase(db));
-        QVERIFY(m_f->port.messages().isEmpty());
     }
 };
 

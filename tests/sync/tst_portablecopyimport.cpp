@@ -1,14 +1,9 @@
 #include "transferfixture.h"
 
-#include "lib/appstate.h"
 #include "support/hometest.h"
-#include "sync/batchfilejournal.h"
 #include "sync/portablecopyimport.h"
 
-#include <QDirIterator>
-#include <QImage>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -219,52 +214,6 @@ private Q_SLOTS:
         const QDateTime now(QDate(2026, 11, 23), QTime(12, 0, 0));
         const QString got = PortableCopyImport::AdoptedName(name, QStringLiteral("A"), now);
         QCOMPARE(got, expected.isEmpty() ? QString() : AppPaths::dataFile(expected));
-    }
-
-    // The portable copy itself: it parks the allocated original in its originals folder and
-    // journals under its PC's name; the import brings both back to that PC.
-    void portableCopyWorkComesHome()
-    {
-        const PcHome portable(m_env->root(), QStringLiteral("P"));
-        // The portable copy's data folder is the device folder; its administrator file marks it.
-        qputenv("XDG_DATA_HOME", m_device.toUtf8());
-        qputenv("HOME", (m_env->root() + "/P/home").toUtf8());
-        QCOMPARE(AppPaths::dataDir(), xfr());
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
-        writeBytes(AppPaths::adminIni(), "[Settings]\r\nPCname=A\r\nCreateBatchs=1\r\nPortCopyOrigCopyDir="
-                                             + originals().toUtf8() + "\r\n");
-        for (const auto &[key, value] : QList<QPair<QString, QString>>{
-                 {"SrcDir", portable.src()}, {"TgtDir", portable.tgt()}, {"Thumbnails", "0"}})
-            WriteSetting(key, value);
-        QCOMPARE(ReadSetting(QStringLiteral("PCname")), QStringLiteral("A")); // from the administrator file
-        QVERIFY(IsPortableCopy());
-        QImage picture(32, 24, QImage::Format_RGB32);
-        picture.fill(Qt::darkGreen);
-        QDir().mkpath(portable.src());
-        QVERIFY(picture.save(portable.src() + "/IMG_0500.jpg", "JPG"));
-        const QByteArray photo = fileBytes(portable.src() + "/IMG_0500.jpg");
-        {
-            FamilyDatabase db;
-            QVERIFY(db.OpenDatabase());
-            addFamily(db, 4, QStringLiteral("Dora"));
-            allocate(db, {{{"IMG_0500.jpg"}, 4}});
-        }
-        QCOMPARE(fileBytes(originals() + "/IMG_0500.jpg"), photo);
-        QVERIFY(QFileInfo::exists(xfr() + "/_Batchfile_999999999999_A.log"));
-
-        // Back on the PC.
-        appState().isPortableCopy = false;
-        m_pc->activate();
-        QCOMPARE(runImport({true, true}), QStringLiteral("3 files imported"));
-        // Carried out here as on the device: tagged in the Source Dir, copied into the Target Dir.
-        QCOMPARE(fileBytes(m_pc->src() + "/IMG_0500(#4#).jpg"), photo);
-        QCOMPARE(fileBytes(m_pc->tgt() + "/Dora/IMG_0500.jpg"), photo);
-        QStringList journals = filesIn(AppPaths::dataDir(), QStringLiteral("_Batchfile_*_A.log"));
-        QCOMPARE(journals.size(), 1);
-        const QByteArray journal = fileBytes(AppPaths::dataFile(journals.first()));
-        QVERIFY2(journal.contains("CS\r\nIMG_0500.jpg\r\nDora\\IMG_0500.jpg\r\nNS\r\nIMG_0500.jpg\r\nIMG_0500(#4#).jpg"),
-                 journal.constData());
-        QCOMPARE(filesIn(xfr(), QStringLiteral("_Undos_*")), QStringList());
     }
 };
 

@@ -1,9 +1,8 @@
+#include "crashhelper.h"
 #include "replayfixture.h"
 
 #include "imaging/rotatejpeg.h"
 #include "workspace/allocationtag.h"
-
-#include <QProcess>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -35,18 +34,9 @@ class TestReplayCrash : public QObject
         f.batchfile(entries);
     }
 
-    int run(int killAfter, int delayMs = 0)
+    static int run(int killAfter, int delayMs = 0)
     {
-        QProcess helper;
-                helper.start(QStringLiteral(REPLAYCRASH_HELPER), {QString::number(killAfter)});
-        if (!helper.waitForStarted())
-            return -1;
-        if (delayMs > 0) {
-            QTest::qWait(delayMs);
-            helper.kill();
-        }
-        helper.waitForFinished(60000);
-        return helper.exitStatus() == QProcess::CrashExit ? -2 : helper.exitCode();
+        return runHelper(QStringLiteral(REPLAYCRASH_HELPER), {QString::number(killAfter)}, delayMs > 0 ? delayMs : -1);
     }
 
     // Each photo once under its old or new name, whole; each target file a whole copy.

@@ -1,14 +1,10 @@
+#include "crashhelper.h"
 #include "transferfixture.h"
 
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
 #include "sync/databasecopycheck.h"
 #include "sync/databasetransfer.h"
 
-#include <QDirIterator>
-#include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -87,15 +83,6 @@ class TestTransferCrash : public QObject
             QVERIFY(QFileInfo::exists(TransferDatabasePath()));
     }
 
-    void runToEnd(const QString &mode)
-    {
-        QProcess helper;
-        helper.start(QStringLiteral(TRANSFERCRASH_HELPER), {mode, QStringLiteral("0")});
-        QVERIFY(helper.waitForFinished(120000));
-        QVERIFY2(helper.exitStatus() == QProcess::NormalExit && helper.exitCode() == 0,
-                 helper.readAllStandardError().right(2000).constData());
-    }
-
 private Q_SLOTS:
     void initTestCase()
     {
@@ -135,21 +122,15 @@ private Q_SLOTS:
         QFETCH(int, afterFiles);
         QFETCH(int, delayMs);
         prepare(otherFileSystem);
-        QProcess helper;
-        helper.start(QStringLiteral(TRANSFERCRASH_HELPER), {mode, QString::number(afterFiles)});
-        QVERIFY(helper.waitForStarted());
-        if (afterFiles == 0) {
-            if (delayMs > 0)
-                QTest::qWait(delayMs);
-            helper.kill();
-        }
-        QVERIFY(helper.state() == QProcess::NotRunning || helper.waitForFinished(120000));
+        const int status = runHelper(QStringLiteral(TRANSFERCRASH_HELPER), {mode, QString::number(afterFiles)},
+                                     afterFiles == 0 ? delayMs : -1);
+        QVERIFY(status != -1);
         if (afterFiles > 0)
-            QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
+            QCOMPARE(status, -2);
         checkNothingLost();
 
         // The next run finishes what the killed one began.
-        runToEnd(mode);
+        QCOMPARE(runHelper(QStringLiteral(TRANSFERCRASH_HELPER), {mode, QStringLiteral("0")}), 0);
         checkNothingLost();
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());

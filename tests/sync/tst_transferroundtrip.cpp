@@ -8,6 +8,7 @@
 #include "sync/databasetransfer.h"
 #include "sync/portablecopyimport.h"
 #include "sync/unallocatedtransfer.h"
+#include "workspace/clsundos.h"
 
 #include <QCryptographicHash>
 #include <QDirIterator>
@@ -153,6 +154,7 @@ private Q_SLOTS:
         // the same photos.
         qputenv("XDG_DATA_HOME", device.toUtf8());
         qputenv("HOME", (m_f->env.root() + "/P/home").toUtf8());
+        QCOMPARE(AppPaths::dataDir(), device + QStringLiteral("/Quillet"));
         QVERIFY(QDir().mkpath(AppPaths::dataDir()));
         QVERIFY(QFile::copy(dbOfA, FamilyDatabase::DbPath()));
         writeBytes(AppPaths::adminIni(), "[Settings]\r\nPCname=A\r\nCreateBatchs=1\r\nPortCopyOrigCopyDir="
@@ -173,6 +175,8 @@ private Q_SLOTS:
         QCOMPARE(names(originals), (QStringList{"P1.jpg", "P2.jpg"}));
         const QByteArray turnedP1 = fileBytes(originals + "/P1.jpg"), turnedP3 = fileBytes(pSrc + "/P3.jpg");
         QVERIFY(turnedP1 != fileBytes(a.src() + "/P1.jpg"));
+        QVERIFY(QFileInfo::exists(AppPaths::dataFile(QStringLiteral("_Batchfile_999999999999_A.log"))));
+        QVERIFY(QFileInfo::exists(clsUndos::FilePath()));
 
         // Home on A: the photos into the Source Dir, the journal carried out here and adopted.
         appState().isPortableCopy = false;
@@ -191,6 +195,11 @@ private Q_SLOTS:
         QCOMPARE(fileBytes(a.src() + "/P1(#3#).jpg"), turnedP1); // came back turned, not turned again
         QCOMPARE(fileBytes(a.src() + "/P3.jpg"), turnedP3);      // turned here as on the device
         QVERIFY(BatchfileProcessing::FindBatchfiles(QStringLiteral("A")).isEmpty());
+        // The device's journal is this PC's now; the device keeps no undo file of the work.
+        const QStringList journals = QDir(AppPaths::dataDir()).entryList({"_Batchfile_*_A.log"}, QDir::Files);
+        QCOMPARE(journals.size(), 1);
+        QVERIFY(fileBytes(AppPaths::dataFile(journals.first())).contains("CS\r\nP1.jpg\r\nAnn\\P1.jpg\r\nNS\r\nP1.jpg\r\nP1(#3#).jpg"));
+        QCOMPARE(QDir(device + "/Quillet").entryList({"_Undos_*"}, QDir::Files), QStringList());
         m_f->port.answer(true); // create the transfer folder
         QCOMPARE(BatchfileTransfer().ExportBatchfiles().section(QStringLiteral("\r\n"), 0, 0),
                  QStringLiteral("1 file exported"));

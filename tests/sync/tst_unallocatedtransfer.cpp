@@ -1,12 +1,10 @@
 #include "transferfixture.h"
 
 #include "lib/appstate.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
 #include "support/testjpeg.h"
+#include "sync/batchfiletransfer.h"
 #include "sync/databasetransfer.h"
 #include "sync/unallocatedtransfer.h"
-#include "workspace/workspace.h"
 
 #include <QDirIterator>
 #include <QImageReader>
@@ -78,12 +76,10 @@ private Q_SLOTS:
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
         addFamily(db, 3, QStringLiteral("Anna"));
-        Workspace ws(db, PhotoServices::Default());
-        ws.ReadSessionSettings();
-        ws.options().thumbnails = false;
-        QCOMPARE(ws.LoadSource(false, false), Workspace::LoadResult::Done);
-        QCOMPARE(ws.sourceList().rowCount(), 3); // the allocated photo is listed, but BLUE
-        const QStringList photos = UnallocatedTransfer::UnallocatedPhotos(ws);
+        const auto ws = headlessWorkspace(db);
+        QCOMPARE(ws->LoadSource(false, false), Workspace::LoadResult::Done);
+        QCOMPARE(ws->sourceList().rowCount(), 3); // the allocated photo is listed, but BLUE
+        const QStringList photos = UnallocatedTransfer::UnallocatedPhotos(*ws);
         QCOMPARE(photos.size(), 2);
 
         UnallocatedTransfer transfer(db, [this] { ++m_refreshes; });
@@ -176,15 +172,25 @@ private Q_SLOTS:
         QCOMPARE(m_refreshes, 0);
     }
 
+    // Without a Batch Transfer Dir no transfer asks, shows or moves anything.
     void emptyBatchXfrDirDoesNothing()
     {
         WriteSetting(QStringLiteral("BatchXfrDir"), QString());
         writeBytes(m_f->a.src() + "/IMG_0001.jpg", jpeg(1));
+        const QString closed = AppPaths::dataFile(QStringLiteral("_Batchfile_161116204830_A.log"));
+        writeBytes(closed, "S\r\nT\r\nNumber of times processed: 0\r\nDS\r\nA.jpg\r\n");
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
+        addFamily(db, 1, QStringLiteral("Anna"));
         UnallocatedTransfer transfer(db, [this] { ++m_refreshes; });
         QCOMPARE(transfer.ExportUnalloc({m_f->a.src() + "/IMG_0001.jpg"}), QString());
         QCOMPARE(transfer.ImportUnalloc(), QString());
+        QVERIFY(!ExportFamilyDatabase(db));
+        QVERIFY(!ImportFamilyDatabase(db));
+        BatchfileTransfer batchfiles;
+        QVERIFY(batchfiles.ExportBatchfiles().isEmpty());
+        QVERIFY(batchfiles.ImportBatchfiles().isEmpty());
+        QVERIFY(QFileInfo::exists(closed));
         QVERIFY(m_f->port.messages().isEmpty());
         QVERIFY(m_f->port.progressCaptions.isEmpty());
         QCOMPARE(m_refreshes, 0);
@@ -219,12 +225,11 @@ private Q_SLOTS:
 
         FamilyDatabase db;
         QVERIFY(db.OpenDatabase());
-        Workspace ws(db, PhotoServices::Default());
-        ws.ReadSessionSettings();
-        ws.LoadFamilies(false, false, false, false, false);
+        const auto ws = headlessWorkspace(db);
+        ws->LoadFamilies(false, false, false, false, false);
         QStringList shown;
-        for (int i = 0; i < ws.familyList().count(); ++i)
-            shown << ws.familyList().at(i).text;
+        for (int i = 0; i < ws->familyList().count(); ++i)
+            shown << ws->familyList().at(i).text;
         QVERIFY2(shown.contains("Zoe") && shown.contains("Yann"), qPrintable(shown.join(",")));
     }
 

@@ -2,15 +2,13 @@
 
 // A workspace on real folders and a real family database for the Save, Undo and review tests:
 // Source Dir "src", Target Dir "tgt", journaling on, families listed by first name.
-#include "app/familydatabase.h"
-#include "app/settingsstore.h"
+#include "headlessworkspace.h"
 #include "lib/appstate.h"
 #include "lib/fileutils.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 #include "sync/batchfilejournal.h"
 #include "workspace/allocationsave.h"
-#include "workspace/workspace.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -35,22 +33,13 @@ struct AllocationFixture
         db.OpenDatabase();
         QDir().mkpath(src());
         QDir().mkpath(tgt());
-        WriteSetting(QStringLiteral("SrcDir"), src());
-        WriteSetting(QStringLiteral("TgtDir"), tgt());
-        WriteSetting(QStringLiteral("SrcDirInclSubs"), QStringLiteral("1"));
-        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
-        WriteSetting(QStringLiteral("PCname"), QStringLiteral("PC1"));
-        WriteSetting(QStringLiteral("Thumbnails"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AutoReselPriv"), QStringLiteral("1"));
+        writeSettings({{"SrcDir", src()}, {"TgtDir", tgt()}, {"SrcDirInclSubs", "1"}, {"CreateBatchs", "1"},
+                       {"PCname", "PC1"}, {"Thumbnails", "0"}, {"AutoReselPriv", "1"}});
         Batchfile::InitBatchfile();
         appState().isPortableCopy = false;
         appState().systemLoaded = false;
         appState().cancel = false;
-        ws = std::make_unique<Workspace>(db, PhotoServices::Default());
-        ws->ReadSessionSettings();
-        ws->options().thumbnails = false;
-        ws->options().filterByDay = false;
-        ws->CreateUndos();
+        ws = headlessWorkspace(db);
         save = std::make_unique<AllocationSave>(*ws);
     }
     ~AllocationFixture()
@@ -70,14 +59,15 @@ struct AllocationFixture
         return env.path(QStringLiteral("tgt")) + (name.isEmpty() ? QString() : QLatin1Char('/') + name);
     }
 
-    // A real JPEG in the Source Dir.
-    void photo(const QString &name, QSize size = QSize(64, 48)) const
+    // A real JPEG in the Source Dir; photos of their own colour are told apart by their bytes.
+    void photo(const QString &name, QSize size = QSize(64, 48), Qt::GlobalColor colour = Qt::darkCyan) const
     {
         QDir().mkpath(QFileInfo(src(name)).absolutePath());
         QImage image(size, QImage::Format_RGB32);
-        image.fill(Qt::darkCyan);
-        image.save(src(name), "JPG");
+        image.fill(colour);
+        QVERIFY(image.save(src(name), "JPG"));
     }
+    void photo(const QString &name, Qt::GlobalColor colour) const { photo(name, QSize(64, 48), colour); }
 
     void family(int id, const QString &first, const QString &last) const
     {
@@ -86,6 +76,15 @@ struct AllocationFixture
     }
 
     void privacyMarker() { db.WriteParam(QStringLiteral("WebAllowPriv"), 1); }
+
+    // Families 12 "Anna Smith" and 7 "Ben Jones" (listed in that order).
+    void twoFamilies(bool privacy = false)
+    {
+        family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
+        family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
+        if (privacy)
+            privacyMarker();
+    }
 
     void load()
     {
@@ -108,6 +107,14 @@ struct AllocationFixture
         list.clearSelection();
         for (int id : ids)
             list.setSelected(list.positionOfId(id), true);
+    }
+
+    // One Save of the photos listed under these names to these families.
+    void saveTo(const QStringList &photos, const QList<int> &families) const
+    {
+        selectPhotos(photos);
+        selectFamilies(families);
+        save->Save();
     }
 
     QStringList listTexts() const
@@ -137,23 +144,15 @@ struct AllocationFixture
         return out;
     }
 
-    // Every file under the Target Dir, relative to it.
-    QStringList targetFiles() const
+    // Every file under the Target (Source) Dir, relative to it, sorted.
+    QStringList targetFiles() const { return filesBelow(tgt()); }
+    QStringList sourceFiles() const { return filesBelow(src()); }
+    static QStringList filesBelow(const QString &dir)
     {
         QStringList out;
-        QDirIterator it(tgt(), QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator it(dir, QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext())
-            out << QDir(tgt()).relativeFilePath(it.next());
-        out.sort();
-        return out;
-    }
-
-    QStringList sourceFiles() const
-    {
-        QStringList out;
-        QDirIterator it(src(), QDir::Files, QDirIterator::Subdirectories);
-        while (it.hasNext())
-            out << QDir(src()).relativeFilePath(it.next());
+            out << QDir(dir).relativeFilePath(it.next());
         out.sort();
         return out;
     }

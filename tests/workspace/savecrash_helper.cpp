@@ -1,10 +1,9 @@
 // Runs one Save of every listed photo to every family in the data folder of the environment it
 // inherits, and kills itself (SIGKILL, no clean-up) once the given number of copies is made; 0
 // runs to the end; -1 kills itself as soon as the Save has returned. The crash test checks what such a death leaves on disk.
-#include "app/familydatabase.h"
+#include "headlessworkspace.h"
 #include "sync/batchfilejournal.h"
 #include "workspace/allocationsave.h"
-#include "workspace/workspace.h"
 
 #include <QGuiApplication>
 #include <csignal>
@@ -19,26 +18,22 @@ int main(int argc, char **argv)
     if (!db.OpenDatabase())
         return 2;
     Batchfile::InitBatchfile();
-    Workspace ws(db, PhotoServices::Default());
-    ws.ReadSessionSettings();
-    ws.options().thumbnails = false;
-    ws.options().filterByDay = false;
-    ws.CreateUndos();
-    ws.LoadSource(true, false);
-    ws.LoadFamilies(false, false, false, false, false);
-    for (int i = 0; i < ws.sourceList().rowCount(); ++i)
-        ws.sourceList().setSelected(i, true);
-    for (int i = 0; i < ws.familyList().count(); ++i)
-        ws.familyList().setSelected(i, true);
+    const auto ws = quillet::test::headlessWorkspace(db);
+    ws->LoadSource(true, false);
+    ws->LoadFamilies(false, false, false, false, false);
+    for (int i = 0; i < ws->sourceList().rowCount(); ++i)
+        ws->sourceList().setSelected(i, true);
+    for (int i = 0; i < ws->familyList().count(); ++i)
+        ws->familyList().setSelected(i, true);
     int copies = 0;
-    QObject::connect(&ws, &Workspace::statusText, [&](const QString &text) {
+    QObject::connect(ws.get(), &Workspace::statusText, [&](const QString &text) {
         if (text.contains(QLatin1String(" copied (of ")) && ++copies == killAfter)
             ::raise(SIGKILL);
     });
-    AllocationSave save(ws);
+    AllocationSave save(*ws);
     save.Save();
     if (killAfter < 0)
         ::raise(SIGKILL); // nothing after the Save itself writes the undo file
-    ws.undos().SaveToFile();
+    ws->undos().SaveToFile();
     return 0;
 }

@@ -15,15 +15,6 @@ class TestAllocationSave : public QObject
 
     std::unique_ptr<AllocationFixture> m_fx;
 
-    // Families 12 "Anna Smith" and 7 "Ben Jones" (listed in that order), one photo IMG_0042.jpg.
-    void standard(bool privacy = false)
-    {
-        m_fx->family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
-        m_fx->family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
-        if (privacy)
-            m_fx->privacyMarker();
-    }
-
 private Q_SLOTS:
     void init() { m_fx = std::make_unique<AllocationFixture>(); }
     void cleanup() { m_fx.reset(); }
@@ -55,20 +46,14 @@ private Q_SLOTS:
         QFETCH(QString, tagged);
         QFETCH(QStringList, copies);
         QFETCH(int, items);
-        standard(privacy);
+        m_fx->twoFamilies(privacy);
         const QString sub = assnSub ? QStringLiteral("Trip/") : QString();
         m_fx->photo(sub + QStringLiteral("IMG_0042.jpg"), QSize(1600, 1200));
-        WriteSetting(QStringLiteral("BatchOnly"), batchOnly);
-        WriteSetting(QStringLiteral("TargetResize"), resize);
-        WriteSetting(QStringLiteral("TargetResizeMD"), 3);
-        WriteSetting(QStringLiteral("TargetResizeQ"), 3);
-        WriteSetting(QStringLiteral("ResizeExclFam"), (batchOnly || resize) ? 7 : 0);
-        WriteSetting(QStringLiteral("AssnSubToTgt"), assnSub);
+        writeSettings({{"BatchOnly", batchOnly ? "1" : "0"}, {"TargetResize", resize ? "1" : "0"}, {"TargetResizeMD", "3"},
+                       {"TargetResizeQ", "3"}, {"ResizeExclFam", (batchOnly || resize) ? "7" : "0"},
+                       {"AssnSubToTgt", assnSub ? "1" : "0"}});
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("IMG_0042.jpg")});
-        m_fx->selectFamilies(privacy ? QList<int>{12, 7, -999} : QList<int>{12, 7});
-
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0042.jpg")}, privacy ? QList<int>{12, 7, -999} : QList<int>{12, 7});
 
         QCOMPARE(m_fx->sourceFiles(), QStringList{tagged});
         QCOMPARE(m_fx->targetFiles(), copies);
@@ -123,14 +108,12 @@ private Q_SLOTS:
         QFETCH(bool, showAllocated);
         QFETCH(QStringList, listed);
         QFETCH(QString, selected);
-        standard(true);
+        m_fx->twoFamilies(true);
         for (const char *name : {"A.jpg", "B.jpg", "C.jpg"})
             m_fx->photo(QLatin1String(name));
         m_fx->ws->options().showAllocated = showAllocated;
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("B.jpg")});
-        m_fx->selectFamilies({7, -999});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("B.jpg")}, {7, -999});
         QCOMPARE(m_fx->listTexts(), listed);
         const QList<int> rows = m_fx->ws->sourceList().selectedRows();
         QCOMPARE(rows.size(), 1);
@@ -151,12 +134,10 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, photos);
         QFETCH(QList<int>, families);
-        standard(true);
+        m_fx->twoFamilies(true);
         m_fx->photo(QStringLiteral("A.jpg"));
         m_fx->load();
-        m_fx->selectPhotos(photos);
-        m_fx->selectFamilies(families);
-        m_fx->save->Save();
+        m_fx->saveTo(photos, families);
         QCOMPARE(m_fx->sourceFiles(), QStringList{"A.jpg"});
         QVERIFY(m_fx->targetFiles().isEmpty());
         QVERIFY(m_fx->journal().isEmpty());
@@ -190,11 +171,9 @@ private Q_SLOTS:
             m_fx->env.writeFile(QStringLiteral("src/") + names.last(), "x");
         }
         m_fx->load();
-        m_fx->selectPhotos(names);
-        m_fx->selectFamilies(ids);
         if (answer >= 0)
             m_fx->port.answer(answer == 1);
-        m_fx->save->Save();
+        m_fx->saveTo(names, ids);
         if (answer >= 0)
             QCOMPARE(m_fx->port.lastText(), QStringLiteral("There are 1001 files to copy which is too many to undo. "
                                                            "Continue without undo capability?"));
@@ -205,15 +184,13 @@ private Q_SLOTS:
 
     void tooLongTargetPathStops()
     {
-        standard();
+        m_fx->twoFamilies();
         m_fx->photo(QStringLiteral("IMG_0042.jpg"));
         const QString longTgt = m_fx->env.path(QString(240 - m_fx->env.root().size(), QLatin1Char('t')));
         QDir().mkpath(longTgt);
         WriteSetting(QStringLiteral("TgtDir"), longTgt);
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("IMG_0042.jpg")});
-        m_fx->selectFamilies({12});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0042.jpg")}, {12});
         QCOMPARE(m_fx->port.lastText(), QStringLiteral("The target path\\filename for one photo is too long. Please "
                                                        "choose a different Target Dir (create a network 'share')."));
         QCOMPARE(m_fx->sourceFiles(), QStringList{"IMG_0042.jpg"});
@@ -231,15 +208,13 @@ private Q_SLOTS:
     void copyFailureQuestion()
     {
         QFETCH(bool, cancel);
-        standard();
+        m_fx->twoFamilies();
         m_fx->photo(QStringLiteral("IMG_0042.jpg"));
         // A file where the family folder should be makes the copy fail (also for root).
         m_fx->env.writeFile(QStringLiteral("tgt/Anna Smith"), "not a folder");
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("IMG_0042.jpg")});
-        m_fx->selectFamilies({12, 7});
         m_fx->port.answer(cancel);
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0042.jpg")}, {12, 7});
         const QStringList texts = m_fx->port.texts();
         QCOMPARE(texts.size(), cancel ? 1 : 2);
         QVERIFY(texts.first().startsWith(QStringLiteral("Failed to copy ") + m_fx->src("IMG_0042.jpg") + ".\r\nErr: "));
@@ -255,15 +230,13 @@ private Q_SLOTS:
 
     void failedRenameIsReportedAndRowKeepsRealName()
     {
-        standard();
+        m_fx->twoFamilies();
         m_fx->photo(QStringLiteral("IMG_0042.jpg"));
         WriteSetting(QStringLiteral("SrcDirInclSubs"), QStringLiteral("0"));
         // Something else already holds the tagged name.
         QDir().mkpath(m_fx->src(QStringLiteral("IMG_0042(#12#).jpg")));
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("IMG_0042.jpg")});
-        m_fx->selectFamilies({12});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0042.jpg")}, {12});
         QVERIFY(m_fx->port.lastText().startsWith(QStringLiteral("Could not rename ")));
         QVERIFY(QFile::exists(m_fx->src(QStringLiteral("IMG_0042.jpg"))));
         const int row = m_fx->ws->sourceList().at(0).row;
@@ -273,15 +246,13 @@ private Q_SLOTS:
 
     void repeatSelectAndSave()
     {
-        standard(true);
+        m_fx->twoFamilies(true);
         m_fx->photo(QStringLiteral("A.jpg"));
         m_fx->photo(QStringLiteral("B.jpg"));
         m_fx->load();
         m_fx->save->RepeatSelect(); // no level yet: nothing happens
         QVERIFY(m_fx->ws->familyList().selectedPositions().isEmpty());
-        m_fx->selectPhotos({QStringLiteral("A.jpg")});
-        m_fx->selectFamilies({7, -999});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("A.jpg")}, {7, -999});
         m_fx->selectPhotos({QStringLiteral("B.jpg")});
         m_fx->selectFamilies({12});
         m_fx->save->RepeatAndSave();
@@ -291,7 +262,7 @@ private Q_SLOTS:
 
     void allocationStatistics()
     {
-        standard();
+        m_fx->twoFamilies();
         for (const char *name : {"A.jpg", "B.jpg", "C.jpg"})
             m_fx->photo(QLatin1String(name));
         m_fx->load();
@@ -305,9 +276,7 @@ private Q_SLOTS:
         now += 60000;
         m_fx->save->FamilyListClicked();
         QCOMPARE(m_fx->save->AllocSeconds(), 14.0);
-        m_fx->selectPhotos({QStringLiteral("A.jpg")});
-        m_fx->selectFamilies({12});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("A.jpg")}, {12});
         // 1 Save in 14 s; two photos left.
         QCOMPARE(m_fx->save->AllocationStatistics(1), QStringLiteral("1 picture allocated in 14s = 14s per file"));
         QCOMPARE(m_fx->save->AllocationStatistics(2), QStringLiteral(" (28s to go)"));

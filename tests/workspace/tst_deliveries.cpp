@@ -16,15 +16,6 @@ class TestDeliveries : public QObject
 
     std::unique_ptr<AllocationFixture> m_fx;
 
-    // A JPEG of its own colour, so two photos of one name are told apart by their bytes.
-    void photo(const QString &name, Qt::GlobalColor colour) const
-    {
-        QDir().mkpath(QFileInfo(m_fx->src(name)).absolutePath());
-        QImage image(64, 48, QImage::Format_RGB32);
-        image.fill(colour);
-        QVERIFY(image.save(m_fx->src(name), "JPG"));
-    }
-
     // Selects the photo listed under `path` (relative to the Source Dir, untagged).
     void selectPhotoAt(const QString &path) const
     {
@@ -44,8 +35,7 @@ private Q_SLOTS:
     void init()
     {
         m_fx = std::make_unique<AllocationFixture>();
-        m_fx->family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
-        m_fx->family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
+        m_fx->twoFamilies();
         WriteSetting(QStringLiteral("AssnSubToTgt"), QStringLiteral("0"));
         WriteSetting(QStringLiteral("AssnSrcSubToTgt"), QStringLiteral("1"));
     }
@@ -53,16 +43,14 @@ private Q_SLOTS:
 
     void failedCopiesAreListedAtTheEnd()
     {
-        photo(QStringLiteral("IMG_0001.jpg"), Qt::red);
-        photo(QStringLiteral("IMG_0002.jpg"), Qt::blue);
+        m_fx->photo(QStringLiteral("IMG_0001.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("IMG_0002.jpg"), Qt::blue);
         // A file where Ben's folder should be: every copy to Ben fails.
         m_fx->env.writeFile(QStringLiteral("tgt/Ben Jones"), "not a folder");
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("IMG_0001.jpg"), QStringLiteral("IMG_0002.jpg")});
-        m_fx->selectFamilies({12, 7});
         m_fx->port.answer(false); // go on
         m_fx->port.answer(false);
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0001.jpg"), QStringLiteral("IMG_0002.jpg")}, {12, 7});
 
         const QString warning = m_fx->port.lastText();
         QVERIFY2(warning.startsWith(QStringLiteral("The Save is finished, but 2 copies were not made:\r\n\r\n"
@@ -86,8 +74,8 @@ private Q_SLOTS:
     void sameNamesFromTwoSubFoldersKeepBothCopies()
     {
         QFETCH(int, undoLevel);
-        photo(QStringLiteral("Monday/IMG_0042.jpg"), Qt::red);
-        photo(QStringLiteral("Tuesday/IMG_0042.jpg"), Qt::blue);
+        m_fx->photo(QStringLiteral("Monday/IMG_0042.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("Tuesday/IMG_0042.jpg"), Qt::blue);
         const QByteArray first = fileBytes(m_fx->src(QStringLiteral("Monday/IMG_0042.jpg")));
         const QByteArray second = fileBytes(m_fx->src(QStringLiteral("Tuesday/IMG_0042.jpg")));
         m_fx->load();
@@ -117,11 +105,9 @@ private Q_SLOTS:
 
     void resavingAReviewedLevelReplacesItsOwnCopy()
     {
-        photo(QStringLiteral("IMG_0042.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("IMG_0042.jpg"), Qt::red);
         m_fx->load();
-        m_fx->selectPhotos({QStringLiteral("IMG_0042.jpg")});
-        m_fx->selectFamilies({12});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0042.jpg")}, {12});
         clsUndos &undos = m_fx->ws->undos();
         undos.ReviewUndoLevelPrev(false);
         QVERIFY(undos.ReviewingUndo());
@@ -141,7 +127,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, samePicture);
         QFETCH(QString, expected);
-        photo(QStringLiteral("IMG_0042.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("IMG_0042.jpg"), Qt::red);
         const QString target = m_fx->tgt(QStringLiteral("IMG_0042.jpg"));
         QDir().mkpath(m_fx->tgt());
         // No undo level accounts for the file there: only its bytes can say whose it is.
@@ -157,8 +143,8 @@ private Q_SLOTS:
 
     void putAsidePhotosOfOneNameKeepBoth()
     {
-        photo(QStringLiteral("Monday/IMG_0042.jpg"), Qt::red);
-        photo(QStringLiteral("Tuesday/IMG_0042.jpg"), Qt::blue);
+        m_fx->photo(QStringLiteral("Monday/IMG_0042.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("Tuesday/IMG_0042.jpg"), Qt::blue);
         m_fx->load();
         PhotoOperations operations(*m_fx->ws);
         for (const QString &path : {QStringLiteral("Monday/IMG_0042.jpg"), QStringLiteral("Tuesday/IMG_0042.jpg")}) {
@@ -173,17 +159,13 @@ private Q_SLOTS:
 
     void undoFileFollowsEverySaveAndUndo()
     {
-        photo(QStringLiteral("IMG_0041.jpg"), Qt::red);
-        photo(QStringLiteral("IMG_0042.jpg"), Qt::blue);
+        m_fx->photo(QStringLiteral("IMG_0041.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("IMG_0042.jpg"), Qt::blue);
         m_fx->load();
         QCOMPARE(undoFile(), QByteArray()); // nothing saved yet
-        m_fx->selectPhotos({QStringLiteral("IMG_0041.jpg")});
-        m_fx->selectFamilies({12, 7});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0041.jpg")}, {12, 7});
         QVERIFY(undoFile().startsWith("v1\r\n1\r\n2\r\n1\r\nIMG_0041.jpg\r\n"));
-        m_fx->selectPhotos({QStringLiteral("IMG_0042.jpg")});
-        m_fx->selectFamilies({7});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("IMG_0042.jpg")}, {7});
         QVERIFY(undoFile().startsWith("v1\r\n2\r\n3\r\n"));
         m_fx->ws->undos().UndoLastLevel(false);
         QVERIFY(undoFile().startsWith("v1\r\n1\r\n2\r\n"));
@@ -196,8 +178,8 @@ private Q_SLOTS:
 
     void deleteLeavesNoFamiliesForTheNextPhoto()
     {
-        photo(QStringLiteral("IMG_0041.jpg"), Qt::red);
-        photo(QStringLiteral("IMG_0042.jpg"), Qt::blue);
+        m_fx->photo(QStringLiteral("IMG_0041.jpg"), Qt::red);
+        m_fx->photo(QStringLiteral("IMG_0042.jpg"), Qt::blue);
         m_fx->load();
         m_fx->selectPhotos({QStringLiteral("IMG_0041.jpg")});
         m_fx->selectFamilies({12});

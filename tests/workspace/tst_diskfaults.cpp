@@ -59,8 +59,7 @@ class TestDiskFaults : public QObject
             QVERIFY(image.save(m_fx->src(name), "JPG", 95));
             m_photos.insert(name, fileBytes(m_fx->src(name)));
         }
-        m_fx->family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
-        m_fx->family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
+        m_fx->twoFamilies();
         m_fx->load();
     }
 
@@ -123,11 +122,9 @@ private Q_SLOTS:
         if (readOnly)
             QVERIFY(makeReadOnly(m_fx->tgt(), 700));
         photos(5);
-        m_fx->selectPhotos(m_photos.keys());
-        m_fx->selectFamilies({12, 7});
         for (int i = 0; i < 10; ++i)
             m_fx->port.answer(!cancel);
-        m_fx->save->Save();
+        m_fx->saveTo(m_photos.keys(), {12, 7});
 
         const QStringList texts = m_fx->port.texts();
         QVERIFY(!texts.isEmpty());
@@ -144,9 +141,7 @@ private Q_SLOTS:
     {
         QVERIFY(mountSmall(m_fx->tgt(), 4096));
         photos(2);
-        m_fx->selectPhotos(m_photos.keys());
-        m_fx->selectFamilies({12});
-        m_fx->save->Save();
+        m_fx->saveTo(m_photos.keys(), {12});
         QCOMPARE(m_fx->targetFiles().size(), 2);
         QVERIFY(makeReadOnly(m_fx->tgt(), 4096));
         try {
@@ -163,9 +158,7 @@ private Q_SLOTS:
     void undoFileOntoAFullDataFolder()
     {
         photos(2);
-        m_fx->selectPhotos({QStringLiteral("P1.jpg")});
-        m_fx->selectFamilies({12});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("P1.jpg")}, {12});
         m_fx->ws->undos().SaveToFile();
         const QByteArray before = fileBytes(clsUndos::FilePath());
         QVERIFY(before.startsWith("v1\r\n2\r\n") || before.startsWith("v1\r\n1\r\n"));
@@ -191,9 +184,7 @@ private Q_SLOTS:
         QCOMPARE(::statvfs(QFile::encodeName(data).constData(), &fs), 0);
         QCOMPARE(fs.f_bavail, 0ul);
 
-        m_fx->selectPhotos({QStringLiteral("P2.jpg")});
-        m_fx->selectFamilies({7});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("P2.jpg")}, {7});
         try {
             m_fx->ws->undos().SaveToFile();
             QFAIL("the undo file was written onto a full disk");

@@ -1,31 +1,25 @@
-#include "app/familydatabase.h"
-#include "app/settingsstore.h"
-#include "lib/apppaths.h"
-#include "lib/fileutils.h"
-#include "support/listthumbnails.h"
-#include "support/hometest.h"
-#include "support/testjpeg.h"
-#include "sync/batchfilejournal.h"
-#include "workspace/photooperations.h"
-#include "workspace/workspace.h"
+#include "allocationfixture.h"
 
-#include <QDir>
-#include <QFile>
+#include "lib/apppaths.h"
+#include "support/listthumbnails.h"
+#include "support/testjpeg.h"
+#include "workspace/photooperations.h"
+
 #include <QImageReader>
 #include <QStandardPaths>
-#include <QTest>
 
 using namespace quillet;
 using namespace quillet::test;
 
-class TestPhotoOperations : public HomeTest
+class TestPhotoOperations : public QObject
 {
     Q_OBJECT
 
-    FamilyDatabase *m_db = nullptr;
+    std::unique_ptr<AllocationFixture> m_fx;
     Workspace *m_ws = nullptr;
+    ScriptedPrompt *m_port = nullptr;
 
-    QString src(const QString &name) const { return m_env->srcDir() + QLatin1Char('/') + name; }
+    QString src(const QString &name) const { return m_fx->src(name); }
 
     void photo(const QString &name)
     {
@@ -43,43 +37,19 @@ class TestPhotoOperations : public HomeTest
         m_port->progressCaptions.clear();
     }
 
-    void select(const QStringList &names)
-    {
-        SourceListModel &list = m_ws->sourceList();
-        list.clearSelection();
-        for (int i = 0; i < list.rowCount(); ++i)
-            list.setSelected(i, names.contains(list.at(i).text));
-    }
-
-    static QByteArray journal()
-    {
-        QFile f(Batchfile::CurrentPath());
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
+    void select(const QStringList &names) { m_fx->selectPhotos(names); }
+    static QByteArray journal() { return fileBytes(Batchfile::CurrentPath()); }
 
 private Q_SLOTS:
     void init()
     {
-        HomeTest::init();
-        QVERIFY(m_env->makeInstallation());
-        WriteSetting(QStringLiteral("SrcDirInclSubs"), QStringLiteral("1"));
-        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("1"));
-        WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
-        Batchfile::SetBatchfileName(false);
-        m_db = new FamilyDatabase;
-        QVERIFY(m_db->OpenDatabase());
-        m_ws = new Workspace(*m_db, PhotoServices::Default());
-        m_ws->ReadSessionSettings();
-        m_ws->CreateUndos();
+        m_fx = std::make_unique<AllocationFixture>();
+        m_ws = m_fx->ws.get();
+        m_port = &m_fx->port;
         for (const char *name : {"a.jpg", "b.jpg", "c.jpg", "sub/d.jpg"})
             photo(QLatin1String(name));
     }
-    void cleanup()
-    {
-        delete m_ws;
-        delete m_db;
-        HomeTest::cleanup();
-    }
+    void cleanup() { m_fx.reset(); }
 
     void rotateTurnsKeepsTimeAndJournals()
     {
@@ -126,12 +96,19 @@ private Q_SLOTS:
         QCOMPARE(m_ws->sourceList().rowCount(), count - 1);
         const QString trash = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Trash/files");
         QCOMPARE(QDir(trash).entryList(QDir::Files).size(), 1);
-        QVERIFY(journal().endsWith(QByteArray("DS\r\n" + Batchfile::RelativePath(last, m_env->srcDir()).toUtf8() + "\r\n")));
+        QVERIFY(journal().endsWith(QByteArray("DS\r\n" + Batchfile::RelativePath(last, m_fx->src()).toUtf8() + "\r\n")));
     }
 
+    void putAsideMovesIntoTheFolderItself_data()
+    {
+        QTest::addColumn<bool>("journaling");
+        QTest::newRow("journaled with its sub-folder") << true;
+        QTest::newRow("batchfiles off: no journal touched") << false;
+    }
     void putAsideMovesIntoTheFolderItself()
     {
-        WriteSetting(QStringLiteral("CreateBatchs"), QStringLiteral("0"));
+        QFETCH(bool, journaling);
+        WriteSetting(QStringLiteral("CreateBatchs"), journaling);
         load(false);
         select({QStringLiteral("d.jpg")});
         m_port->answer(true);
@@ -140,16 +117,10 @@ private Q_SLOTS:
         QVERIFY(m_port->lastText().endsWith(QStringLiteral(" (there is no built-in undo for this).  Are you sure?")));
         QVERIFY(QFile::exists(PhotoOperations::PutAsideDir() + QStringLiteral("d.jpg")));
         QVERIFY(!QFile::exists(src(QStringLiteral("sub/d.jpg"))));
-        QVERIFY(!QFile::exists(Batchfile::CurrentPath())); // batchfiles off: no journal touched
-    }
-
-    void putAsideJournalsTheSubfolder()
-    {
-        load(false);
-        select({QStringLiteral("d.jpg")});
-        m_port->answer(true);
-        PhotoOperations(*m_ws).PutAsideSelected();
-        QVERIFY(journal().endsWith("MS\r\nsub\\d.jpg\r\n"));
+        if (journaling)
+            QVERIFY(journal().endsWith("MS\r\nsub\\d.jpg\r\n"));
+        else
+            QVERIFY(!QFile::exists(Batchfile::CurrentPath()));
     }
 };
 

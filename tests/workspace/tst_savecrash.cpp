@@ -1,18 +1,16 @@
-#include "app/familydatabase.h"
-#include "app/settingsstore.h"
+#include "../sync/crashhelper.h"
+#include "headlessworkspace.h"
 #include "lib/apppaths.h"
-#include "lib/inifile.h"
 #include "support/scriptedprompt.h"
 #include "support/testenv.h"
 #include "workspace/allocationtag.h"
 #include "workspace/clsundos.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QDirIterator>
-#include <QBuffer>
 #include <QFile>
 #include <QImage>
-#include <QProcess>
 #include <QTest>
 
 using namespace quillet;
@@ -39,17 +37,13 @@ class TestSaveCrash : public QObject
             db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, [Current]) VALUES (?,?,True)"),
                     {id, QStringLiteral("Fam%1").arg(id)});
         db.CloseDatabase();
-        for (const auto &[key, value] : QList<QPair<QString, QString>>{
-                 {"SrcDir", env.path("src")}, {"TgtDir", env.path("tgt")}, {"CreateBatchs", "1"},
-                 {"PCname", "PC1"}, {"AssnSubToTgt", "0"}, {"AssnSrcSubToTgt", "0"}, {"Thumbnails", "0"}})
-            WriteSetting(key, value);
+        writeSettings({{"SrcDir", env.path("src")}, {"TgtDir", env.path("tgt")}, {"CreateBatchs", "1"}, {"PCname", "PC1"},
+                       {"AssnSubToTgt", "0"}, {"AssnSrcSubToTgt", "0"}, {"Thumbnails", "0"}});
         QDir().mkpath(env.path("tgt"));
         for (int i = 0; i < kPhotos; ++i)
             env.writeFile(QStringLiteral("src/IMG_%1.jpg").arg(i, 2, 10, QLatin1Char('0')), m_jpeg);
         // The levels of an earlier session.
-        QFile undo(clsUndos::FilePath());
-        QVERIFY(undo.open(QIODevice::WriteOnly));
-        undo.write("v1\r\n0\r\n0\r\n");
+        writeBytes(clsUndos::FilePath(), "v1\r\n0\r\n0\r\n");
     }
 
     void checkNothingLost(TestEnv &env)
@@ -87,64 +81,34 @@ private Q_SLOTS:
 
     void killedSaveLosesNothing_data()
     {
-        QTest::addColumn<int>("afterCopies"); // the helper kills itself after this many copies
-        QTest::addColumn<int>("delayMs");     // or is killed from outside after this delay
+        QTest::addColumn<int>("afterCopies");      // the helper kills itself after this many copies (-1:
+                                                   // right after the Save; 0: never)
+        QTest::addColumn<int>("killAfterMs");      // or is killed from outside after this delay (-1: never)
+        QTest::addColumn<QByteArray>("undoStart"); // what the undo file then starts with
         for (int n : {1, 2, 3, 4, 17, 35})
-            QTest::addRow("after %d copies", n) << n << 0;
+            QTest::addRow("after %d copies", n) << n << -1 << QByteArray("v1\r\n");
         for (int ms : {0, 20, 60, 150})
-            QTest::addRow("after %d ms", ms) << 0 << ms;
+            QTest::addRow("after %d ms", ms) << 0 << ms << QByteArray("v1\r\n");
+        // The level of the Save is in the file: after a restart it can still be undone.
+        QTest::newRow("right after the Save") << -1 << -1 << QByteArray("v1\r\n1\r\n36\r\n1\r\nIMG_00.jpg\r\n");
+        QTest::newRow("not killed") << 0 << -1 << QByteArray("v1\r\n1\r\n36\r\n");
     }
     void killedSaveLosesNothing()
     {
         QFETCH(int, afterCopies);
-        QFETCH(int, delayMs);
+        QFETCH(int, killAfterMs);
+        QFETCH(QByteArray, undoStart);
         TestEnv env;
         ScriptedPrompt port;
         prepare(env);
-        QProcess helper;
-        helper.setProgram(QStringLiteral(SAVECRASH_HELPER));
-        helper.setArguments({QString::number(afterCopies)});
-        helper.start();
-        QVERIFY(helper.waitForStarted());
-        if (afterCopies == 0) {
-            if (delayMs > 0)
-                QTest::qWait(delayMs);
-            helper.kill();
-        }
-        // A Save quicker than the delay has finished already.
-        QVERIFY(helper.state() == QProcess::NotRunning || helper.waitForFinished(60000));
-        if (afterCopies > 0)
-            QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
+        const int status = runHelper(QStringLiteral(SAVECRASH_HELPER), {QString::number(afterCopies)}, killAfterMs);
+        if (killAfterMs < 0)
+            QCOMPARE(status, afterCopies == 0 ? 0 : -2);
         checkNothingLost(env);
-    }
-
-    void killedRightAfterTheSaveKeepsItsLevel()
-    {
-        TestEnv env;
-        ScriptedPrompt port;
-        prepare(env);
-        QProcess helper;
-        helper.start(QStringLiteral(SAVECRASH_HELPER), {QStringLiteral("-1")});
-        QVERIFY(helper.waitForFinished(60000));
-        QCOMPARE(helper.exitStatus(), QProcess::CrashExit);
-        checkNothingLost(env);
-        // The level of the Save is in the file: after a restart it can still be undone.
         const QByteArray undo = fileBytes(clsUndos::FilePath());
-        QVERIFY2(undo.startsWith("v1\r\n1\r\n36\r\n1\r\nIMG_00.jpg\r\n"), undo.left(40).constData());
-    }
-
-    void uninterruptedSaveAllocatesEverything()
-    {
-        TestEnv env;
-        ScriptedPrompt port;
-        prepare(env);
-        QProcess helper;
-        helper.start(QStringLiteral(SAVECRASH_HELPER), {QStringLiteral("0")});
-        QVERIFY(helper.waitForFinished(60000));
-        QCOMPARE(helper.exitCode(), 0);
-        checkNothingLost(env);
-        QCOMPARE(QDir(env.path("src")).entryList({"*(#3#5#9#).jpg"}, QDir::Files).size(), kPhotos);
-        QVERIFY(fileBytes(clsUndos::FilePath()).startsWith("v1\r\n1\r\n36\r\n"));
+        QVERIFY2(undo.startsWith(undoStart), undo.left(40).constData());
+        if (status == 0) // a Save quicker than the delay has finished already
+            QCOMPARE(QDir(env.path("src")).entryList({"*(#3#5#9#).jpg"}, QDir::Files).size(), kPhotos);
     }
 };
 

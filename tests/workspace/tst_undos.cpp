@@ -20,11 +20,8 @@ class TestUndos : public QObject
     // Saves each photo on its own to the given families: one level per photo.
     void saveEach(const QStringList &names, const QList<int> &families)
     {
-        for (const QString &name : names) {
-            m_fx->selectPhotos({name});
-            m_fx->selectFamilies(families);
-            m_fx->save->Save();
-        }
+        for (const QString &name : names)
+            m_fx->saveTo({name}, families);
     }
 
     QString label()
@@ -37,9 +34,7 @@ class TestUndos : public QObject
     // Families 12 and 7 with the privacy marker; photos P1..Pn.
     QStringList standard(int photos)
     {
-        m_fx->family(12, QStringLiteral("Anna"), QStringLiteral("Smith"));
-        m_fx->family(7, QStringLiteral("Ben"), QStringLiteral("Jones"));
-        m_fx->privacyMarker();
+        m_fx->twoFamilies(true);
         QStringList names;
         for (int i = 1; i <= photos; ++i) {
             names << QStringLiteral("P%1.jpg").arg(i);
@@ -56,9 +51,7 @@ private Q_SLOTS:
     void undoRestoresPhotosAndDeletesCopies()
     {
         standard(3);
-        m_fx->selectPhotos({QStringLiteral("P1.jpg"), QStringLiteral("P2.jpg")});
-        m_fx->selectFamilies({12, 7, -999});
-        m_fx->save->Save();
+        m_fx->saveTo({QStringLiteral("P1.jpg"), QStringLiteral("P2.jpg")}, {12, 7, -999});
         QCOMPARE(m_fx->targetFiles().size(), 4);
         QSignalSpy status(m_fx->ws.get(), &Workspace::statusText);
 

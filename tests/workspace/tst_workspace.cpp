@@ -1,16 +1,7 @@
-#include "app/familydatabase.h"
-#include "app/settingsstore.h"
-#include "lib/apppaths.h"
-#include "lib/appstate.h"
-#include "lib/fileutils.h"
-#include "support/listthumbnails.h"
-#include "support/hometest.h"
-#include "workspace/workspace.h"
+#include "allocationfixture.h"
 
-#include <QDir>
-#include <QFile>
-#include <QImage>
-#include <QTest>
+#include "lib/apppaths.h"
+#include "support/listthumbnails.h"
 
 using namespace quillet;
 using namespace quillet::test;
@@ -22,27 +13,22 @@ const QDate kTuesday(2024, 3, 5);
 
 } // namespace
 
-class TestWorkspace : public HomeTest
+class TestWorkspace : public QObject
 {
     Q_OBJECT
 
+    std::unique_ptr<AllocationFixture> m_fx;
     FamilyDatabase *m_db = nullptr;
     Workspace *m_ws = nullptr;
+    ScriptedPrompt *m_port = nullptr;
 
-    QString src(const QString &name = QString()) const
-    {
-        return m_env->path(QStringLiteral("src")) + (name.isEmpty() ? QString() : QLatin1Char('/') + name);
-    }
+    QString src(const QString &name = QString()) const { return m_fx->src(name); }
 
     // A small photo with the given modified time.
     void photo(const QString &name, const QDateTime &taken)
     {
-        const QString path = src(name);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QImage image(64, 48, QImage::Format_RGB32);
-        image.fill(Qt::darkCyan);
-        QVERIFY(image.save(path, "JPG"));
-        lib_SetFileDate(path, QLatin1Char('M'), taken);
+        m_fx->photo(name);
+        lib_SetFileDate(src(name), QLatin1Char('M'), taken);
     }
 
     void family(int id, const char *first, const char *last, const char *parent, const QStringList &days,
@@ -56,19 +42,12 @@ class TestWorkspace : public HomeTest
             m_db->exec(QStringLiteral("UPDATE tblFamilies SET [FamDays") + d + QStringLiteral("]=True WHERE FamilyID=?"), {id});
     }
 
-    QStringList sourceTexts() const
+    // The source list's texts (or another field), in list order.
+    QStringList sourceTexts(QString SourceListModel::Entry::*field = &SourceListModel::Entry::text) const
     {
         QStringList out;
         for (int i = 0; i < m_ws->sourceList().rowCount(); ++i)
-            out << m_ws->sourceList().at(i).text;
-        return out;
-    }
-
-    QStringList colours() const
-    {
-        QStringList out;
-        for (int i = 0; i < m_ws->sourceList().rowCount(); ++i)
-            out << m_ws->sourceList().at(i).colour;
+            out << m_ws->sourceList().at(i).*field;
         return out;
     }
 
@@ -80,47 +59,30 @@ class TestWorkspace : public HomeTest
         return out;
     }
 
-    void selectPhoto(const QString &name)
-    {
-        m_ws->sourceList().clearSelection();
-        for (int i = 0; i < m_ws->sourceList().rowCount(); ++i) {
-            if (m_ws->sourceList().at(i).text == name)
-                m_ws->sourceList().setSelected(i, true);
-        }
-    }
+    void selectPhoto(const QString &name) { m_fx->selectPhotos({name}); }
 
 private Q_SLOTS:
+    // The workspace of the Save tests; its session settings read again as the settings say.
     void init()
     {
-        HomeTest::init();
-        m_env->dataDir();
-        QVERIFY(FamilyDatabase::Provision(FamilyDatabase::DbPath()));
-        m_db = new FamilyDatabase;
-        QVERIFY(m_db->OpenDatabase());
-        QDir().mkpath(src());
-        WriteSetting(QStringLiteral("SrcDir"), src());
-        WriteSetting(QStringLiteral("SrcDirInclSubs"), QStringLiteral("1"));
+        m_fx = std::make_unique<AllocationFixture>();
+        m_db = &m_fx->db;
+        m_ws = m_fx->ws.get();
+        m_port = &m_fx->port;
         m_db->WriteParam(QStringLiteral("MorningSessEnd"), QTime(12, 30));
         m_db->WriteParam(QStringLiteral("AfternoonSessEnd"), QTime(15, 30));
-        m_ws = new Workspace(*m_db, PhotoServices::Default());
         m_ws->ReadSessionSettings();
-        m_ws->options().thumbnails = false;
     }
-    void cleanup()
-    {
-        delete m_ws;
-        delete m_db;
-        HomeTest::cleanup();
-    }
+    void cleanup() { m_fx.reset(); }
 
     void acceptedFilesAndTags()
     {
         photo(QStringLiteral("IMG_1.JPG"), QDateTime(kTuesday, QTime(9, 0)));
         photo(QStringLiteral("IMG_2(#3#).jpg"), QDateTime(kTuesday, QTime(9, 1)));
         photo(QStringLiteral("sub/IMG_3.jpg"), QDateTime(kTuesday, QTime(9, 2)));
-        m_env->writeFile(QStringLiteral("src/IMG_4.jpeg"), "x");
-        m_env->writeFile(QStringLiteral("src/notes.txt"), "x");
-        m_env->writeFile(QStringLiteral("src/clip.MOV"), "x");
+        m_fx->env.writeFile(QStringLiteral("src/IMG_4.jpeg"), "x");
+        m_fx->env.writeFile(QStringLiteral("src/notes.txt"), "x");
+        m_fx->env.writeFile(QStringLiteral("src/clip.MOV"), "x");
         QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
         QCOMPARE(m_ws->srcFiles().SrcFilesCount(), 4); // allocated files are in the table even when hidden
         QStringList listed = sourceTexts();
@@ -162,7 +124,7 @@ private Q_SLOTS:
         m_ws->options().thumbnails = true; // name order
         QCOMPARE(m_ws->LoadSource(false, false), Workspace::LoadResult::Done);
         QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg", "f.jpg"}));
-        QCOMPARE(colours(), (QStringList{"BLACK", "BLACK", "BLUE", "BLACK", "BLKWHT", "BLACK"}));
+        QCOMPARE(sourceTexts(&SourceListModel::Entry::colour), (QStringList{"BLACK", "BLACK", "BLUE", "BLACK", "BLKWHT", "BLACK"}));
         // The list is complete before any thumbnail is made: each entry shows the placeholder
         // until a view asks for it.
         QCOMPARE(m_ws->thumbnails().heldCount(), 0);
@@ -191,7 +153,7 @@ private Q_SLOTS:
         m_ws->options().thumbnails = thumbnails;
         QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::Done);
         QCOMPARE(sourceTexts(), (QStringList{"a.jpg", "b.jpg", "c.jpg"}));
-        QCOMPARE(colours(), (QStringList{"BLACK", "BLKWHT", "BLKWHT"}));
+        QCOMPARE(sourceTexts(&SourceListModel::Entry::colour), (QStringList{"BLACK", "BLKWHT", "BLKWHT"}));
     }
 
     void cancelKeepsWhatWasAdded()
@@ -367,7 +329,7 @@ private Q_SLOTS:
         photo(QStringLiteral("a.jpg"), QDateTime(kTuesday, QTime(9, 0)));
         photo(QStringLiteral("b.jpg"), QDateTime(kTuesday, QTime(10, 0)));
         photo(QStringLiteral("c.jpg"), QDateTime(kTuesday, QTime(13, 0)));
-        m_env->writeFile(QStringLiteral("src/d.avi"), "x");
+        m_fx->env.writeFile(QStringLiteral("src/d.avi"), "x");
         m_ws->options().thumbnails = true;
         m_ws->options().beepOnDateChange = true;
         m_ws->LoadSource(true, false);
