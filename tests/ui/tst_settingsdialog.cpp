@@ -1,6 +1,7 @@
+#include <QDateTime> // settingsform.h uses QDateTime without including it
 #include "lib/apppaths.h"
+#include "ui/frmsettings.h"
 #include "uitest.h"
-#include "ui/frmsettings.h" // after uitest.h: it leaves QDateTime to the headers before it
 
 #include <QComboBox>
 #include <QDateTimeEdit>
