@@ -1,11 +1,7 @@
-#include "app/settingsstore.h"
 #include "support/windowtest.h"
 #include "sync/batchfilejournal.h"
+#include "uitest.h"
 #include "workspace/clsundos.h"
-
-#include <QFile>
-#include <QLabel>
-#include <QListView>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -22,15 +18,14 @@ class TestAllocationWindow : public WindowTest
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
     }
 
-    static QString undoLabel(frmMain &w) { return w.findChild<QLabel *>(QStringLiteral("lblUndoLevelsCnt"))->text(); }
+    static QString undoLabel(frmMain &w) { return child<QLabel>(w, "lblUndoLevelsCnt")->text(); }
 
 private Q_SLOTS:
     void doubleClickOnAFamilySaves()
     {
         prepare();
         frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
+        QVERIFY(started(w));
         auto *families = w.findChild<QListView *>(QStringLiteral("lstFamilies"));
         const QModelIndex ben = families->model()->index(w.workspace().familyList().positionOfId(7), 0);
         select(w, QString(), {7});
@@ -47,8 +42,7 @@ private Q_SLOTS:
         prepare();
         {
             frmMain w;
-            w.show();
-            QVERIFY(w.StartUp());
+            QVERIFY(started(w));
             QCOMPARE(undoLabel(w), QStringLiteral("0 undos"));
             QVERIFY(!button(w, "cmdUndo")->isEnabled());
             select(w, QStringLiteral("IMG_0042.jpg"), {12, 7});
@@ -75,8 +69,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(clsUndos::FilePath()));
 
         frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
+        QVERIFY(started(w));
         QCOMPARE(undoLabel(w), QStringLiteral("1 undo"));
         QTest::mouseClick(button(w, "cmdReviewUndoL1"), Qt::LeftButton);
         QCOMPARE(undoLabel(w), QStringLiteral("Reviewing 1 of 1"));

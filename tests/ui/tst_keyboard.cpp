@@ -1,14 +1,9 @@
-#include "app/settingsstore.h"
 #include "support/windowtest.h"
 #include "ui/frmlargepic.h"
 #include "ui/workspacecontroller.h"
+#include "uitest.h"
 
-#include <QAction>
 #include <QApplication>
-#include <QFile>
-#include <QImage>
-#include <QLabel>
-#include <QListView>
 #include <QMenuBar>
 
 using namespace quillet;
@@ -40,8 +35,10 @@ class TestKeyboard : public WindowTest
         QCOMPARE(QApplication::focusWidget(), photos());
     }
 
-    QListView *photos() const { return m_w->findChild<QListView *>(QStringLiteral("lvwSrcFiles")); }
-    QListView *families() const { return m_w->findChild<QListView *>(QStringLiteral("lstFamilies")); }
+    QListView *photos() const { return child<QListView>(m_w, "lvwSrcFiles"); }
+    QListView *families() const { return child<QListView>(m_w, "lstFamilies"); }
+    // Ticks a family straight in the list, past the keys.
+    void tickFamily(int id) const { m_w->workspace().familyList().setSelected(m_w->workspace().familyList().positionOfId(id), true); }
 
     // One key to whatever has the focus, as the keyboard would send it.
     static void key(Qt::Key k, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
@@ -60,8 +57,7 @@ class TestKeyboard : public WindowTest
     // The file name the viewer shows.
     QString shown() const
     {
-        const QString text = m_w->findChild<QLabel *>(QStringLiteral("lblSrcFileDets"))->toolTip();
-        return QFileInfo(text).fileName();
+        return QFileInfo(child<QLabel>(m_w, "lblSrcFileDets")->toolTip()).fileName();
     }
     QStringList selectedFamilies() const
     {
@@ -107,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(shown(), QStringLiteral("IMG_0042.jpg"));
         QCOMPARE(m_w->workspace().sourceList().selectedPositions(), QList<int>{1});
         QVERIFY(m_w->controls().cmdDelete->isEnabled()); // the commands follow the keys too
-        m_w->workspace().familyList().setSelected(m_w->workspace().familyList().positionOfId(7), true);
+        tickFamily(7);
         key(Qt::Key_S, Qt::ControlModifier);
         QVERIFY(QFile::exists(src(QStringLiteral("IMG_0042(#7#).jpg"))));
         QVERIFY(QFile::exists(src(QStringLiteral("IMG_0041.jpg"))));
@@ -223,14 +219,14 @@ private Q_SLOTS:
     {
         start();
         key(Qt::Key_Home);
-        m_w->workspace().familyList().setSelected(m_w->workspace().familyList().positionOfId(12), true);
+        tickFamily(12);
         key(Qt::Key_S, Qt::ControlModifier);
         key(Qt::Key_Left, Qt::AltModifier); // review previous undo
         QVERIFY(m_w->workspace().reviewing());
         key(Qt::Key_Escape); // stop reviewing
         QVERIFY(!m_w->workspace().reviewing());
         key(Qt::Key_Home);
-        m_w->workspace().familyList().setSelected(m_w->workspace().familyList().positionOfId(7), true);
+        tickFamily(7);
         m_port->answer(true);
         key(Qt::Key_Delete);
         QVERIFY(m_port->lastText().startsWith(QStringLiteral("Delete selected pictures")));
@@ -257,8 +253,8 @@ private Q_SLOTS:
         }
         for (auto it = owners.cbegin(); it != owners.cend(); ++it)
             QVERIFY2(it.key().isEmpty() || it.value().size() == 1, qPrintable(it.key() + ": " + it.value().join(", ")));
-        QVERIFY(w.findChild<QPushButton *>(QStringLiteral("cmdSave"))->toolTip().endsWith(QStringLiteral(" (Ctrl+S)")));
-        QVERIFY(w.findChild<QPushButton *>(QStringLiteral("cmdReviewUndoNew"))->toolTip().endsWith(QStringLiteral(" (Esc)")));
+        QVERIFY(child<QPushButton>(w, "cmdSave")->toolTip().endsWith(QStringLiteral(" (Ctrl+S)")));
+        QVERIFY(child<QPushButton>(w, "cmdReviewUndoNew")->toolTip().endsWith(QStringLiteral(" (Esc)")));
     }
 };
 

@@ -1,11 +1,6 @@
-#include "app/settingsstore.h"
-#include "support/scriptedprompt.h"
-#include "support/testenv.h"
 #include "ui/frmlargepic.h"
 #include "ui/picturebox.h"
-
-#include <QImage>
-#include <QTest>
+#include "uitest.h"
 
 using namespace quillet;
 using namespace quillet::test;
@@ -18,10 +13,8 @@ class TestLargePic : public QObject
 
     QString photo(const QString &name, const QSize &size)
     {
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(Qt::darkGreen);
         const QString path = m_env->path(name);
-        image.save(path, "JPG");
+        savePhoto(path, size);
         return path;
     }
 
@@ -103,13 +96,28 @@ private Q_SLOTS:
         QCOMPARE(ReadSetting(QStringLiteral("FormOpenEP")), QStringLiteral("0"));
     }
 
-    void shutdownKeepsItMarkedOpen()
+    // Escape closes the window for good; the program's shutdown leaves it marked open for the
+    // next start.
+    void closing_data()
     {
+        QTest::addColumn<bool>("shutdown");
+        QTest::addColumn<QString>("open");
+        QTest::newRow("Escape") << false << "0";
+        QTest::newRow("shutdown") << true << "1";
+    }
+    void closing()
+    {
+        QFETCH(bool, shutdown);
+        QFETCH(QString, open);
         frmLargePic w;
         w.open();
-        w.closeForShutdown();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        if (shutdown)
+            w.closeForShutdown();
+        else
+            QTest::keyClick(&w, Qt::Key_Escape);
         QVERIFY(!w.isVisible());
-        QCOMPARE(ReadSetting(QStringLiteral("FormOpenEP")), QStringLiteral("1"));
+        QCOMPARE(ReadSetting(QStringLiteral("FormOpenEP")), open);
     }
 
     void storedRectangleIsBroughtInsideTheScreen_data()
@@ -127,16 +135,6 @@ private Q_SLOTS:
         w.open();
         QVERIFY(QTest::qWaitForWindowExposed(&w));
         QVERIFY2(w.screen()->availableGeometry().contains(w.frameGeometry()), qPrintable(stored));
-    }
-
-    void escapeClosesTheWindow()
-    {
-        frmLargePic w;
-        w.open();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-        QTest::keyClick(&w, Qt::Key_Escape);
-        QVERIFY(!w.isVisible());
-        QCOMPARE(ReadSetting(QStringLiteral("FormOpenEP")), QStringLiteral("0"));
     }
 
     void rectangleOffEveryScreenIsForgotten()

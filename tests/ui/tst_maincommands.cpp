@@ -1,18 +1,15 @@
-#include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "support/windowtest.h"
 #include "ui/aboutbox.h"
 #include "ui/frmdebug.h"
 #include "ui/workspacecontroller.h"
+#include "uitest.h"
 #include "workspace/commandrules.h"
 
-#include <QAction>
-#include <QDir>
-#include <QLabel>
-#include <QTimer>
 #include <QApplication>
 #include <QDialog>
+#include <QTimer>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -39,12 +36,22 @@ class TestMainCommands : public WindowTest
         }
         return out;
     }
-    static void expectAll(frmMain &w, CommandRules::Rule rule, bool enabled)
+    // Every command of each rule is enabled, or disabled, as given.
+    static void expectAll(frmMain &w, std::initializer_list<std::pair<CommandRules::Rule, bool>> rules)
     {
-        const auto found = states(w, rule);
-        QVERIFY(!found.isEmpty());
-        for (const auto &[name, on] : found)
-            QVERIFY2(on == enabled, qPrintable(name + (enabled ? QStringLiteral(" disabled") : QStringLiteral(" enabled"))));
+        for (const auto &[rule, enabled] : rules) {
+            const auto found = states(w, rule);
+            QVERIFY(!found.isEmpty());
+            for (const auto &[name, on] : found)
+                QVERIFY2(on == enabled, qPrintable(name + (enabled ? QStringLiteral(" disabled") : QStringLiteral(" enabled"))));
+        }
+    }
+    // Presses a button of the maintenance window, opened first if need be.
+    static void pressInMaintenance(frmMain &w, const char *name)
+    {
+        if (!w.maintenanceWindow())
+            w.showMaintenance();
+        QTest::mouseClick(button(*w.maintenanceWindow(), name), Qt::LeftButton);
     }
     static void selectPhoto(frmMain &w, int position)
     {
@@ -65,40 +72,35 @@ private Q_SLOTS:
 
     void photoCommandsFollowSelectionAndFirstSave()
     {
+        using Rule = CommandRules::Rule;
         prepare();
         frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
+        QVERIFY(started(w));
         // Right after start: nothing to act on, nothing to repeat.
-        expectAll(w, CommandRules::Rule::PhotoSelected, false);
-        expectAll(w, CommandRules::Rule::SaveMade, false);
-        expectAll(w, CommandRules::Rule::SaveMadeAndPhotoSelected, false);
-        expectAll(w, CommandRules::Rule::SaveAllowed, false);
-        expectAll(w, CommandRules::Rule::Always, true);
+        expectAll(w, {{Rule::PhotoSelected, false}, {Rule::SaveMade, false}, {Rule::SaveMadeAndPhotoSelected, false},
+                      {Rule::SaveAllowed, false}, {Rule::Always, true}});
         for (const CommandRules::Command &c : CommandRules::Table()) {
             if (c.work == CommandRules::Work::NotBuilt)
                 QVERIFY2(!w.findChild<QAction *>(c.menu)->isEnabled(), qPrintable(c.menu));
         }
 
         selectPhoto(w, 0);
-        expectAll(w, CommandRules::Rule::PhotoSelected, true);
-        expectAll(w, CommandRules::Rule::SaveMade, false); // no Save yet
-        expectAll(w, CommandRules::Rule::SaveMadeAndPhotoSelected, false);
-        expectAll(w, CommandRules::Rule::SaveAllowed, false); // no family chosen
+        // No Save yet, no family chosen.
+        expectAll(w, {{Rule::PhotoSelected, true}, {Rule::SaveMade, false}, {Rule::SaveMadeAndPhotoSelected, false},
+                      {Rule::SaveAllowed, false}});
 
         FamilyListModel &fams = w.workspace().familyList();
         fams.setSelected(fams.positionOfId(7), true);
-        expectAll(w, CommandRules::Rule::SaveAllowed, true);
+        expectAll(w, {{Rule::SaveAllowed, true}});
         QTest::mouseClick(button(w, "cmdSave"), Qt::LeftButton);
         QVERIFY(QFile::exists(src(QStringLiteral("IMG_0041(#7#).jpg"))));
         // The next photo is on view after the first Save: both repeat commands are offered.
         QVERIFY(!w.workspace().sourceList().selectedRows().isEmpty());
-        expectAll(w, CommandRules::Rule::SaveMade, true);
-        expectAll(w, CommandRules::Rule::SaveMadeAndPhotoSelected, true);
+        expectAll(w, {{Rule::SaveMade, true}, {Rule::SaveMadeAndPhotoSelected, true}});
 
         // Refresh starts over: InitButtons turns the photo and repeat commands off again.
         w.menus().mnuRefresh->trigger();
-        expectAll(w, CommandRules::Rule::PhotoSelected, false);
+        expectAll(w, {{Rule::PhotoSelected, false}});
     }
 
     void externalEntriesFollowTheirSettings_data()
@@ -115,10 +117,8 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, filled);
         prepare();
-        for (const QString &key : filled) {
-            QDir().mkpath(m_env->path(key));
-            WriteSetting(key, m_env->path(key));
-        }
+        for (const QString &key : filled)
+            setFolder(*m_env, qPrintable(key));
         frmMain w;
         QVERIFY(w.StartUp());
         int settingEntries = 0;
@@ -160,8 +160,7 @@ private Q_SLOTS:
     {
         prepare();
         frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
+        QVERIFY(started(w));
         m_port->shift = true;
         QTest::mouseClick(button(w, "cmdExit"), Qt::LeftButton);
         QVERIFY(w.isVisible());
@@ -209,11 +208,9 @@ private Q_SLOTS:
         WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
         WriteSetting(QStringLiteral("FormRectEP2"), QStringLiteral("500;0;400;0"));
         frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
-        w.showMaintenance();
+        QVERIFY(started(w));
         m_port->answer(yes);
-        QTest::mouseClick(button(*w.maintenanceWindow(), "cmdResetForms"), Qt::LeftButton);
+        pressInMaintenance(w, "cmdResetForms");
         QVERIFY(m_port->lastText().startsWith(QStringLiteral("This will reset the forms then end the program.")));
         QCOMPARE(w.isVisible(), !yes);
         QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")).isEmpty(), yes);
@@ -225,8 +222,7 @@ private Q_SLOTS:
         prepare();
         frmMain w;
         QVERIFY(w.StartUp());
-        w.showMaintenance();
-        QTest::mouseClick(button(*w.maintenanceWindow(), "cmdSrcFilesToClipboard"), Qt::LeftButton);
+        pressInMaintenance(w, "cmdSrcFilesToClipboard");
         const QStringList lines = m_port->clipboard.split(QStringLiteral("\r\n"));
         QCOMPARE(lines.size(), 4);
         QCOMPARE(lines.at(1), QStringLiteral("Path\\File,File No FamIDs,Allocated"));
@@ -237,7 +233,7 @@ private Q_SLOTS:
         m_port->clipboard.clear();
         appState().systemLoaded = false;
         m_port->answer(false);
-        QTest::mouseClick(button(*w.maintenanceWindow(), "cmdSrcFilesToClipboard"), Qt::LeftButton);
+        pressInMaintenance(w, "cmdSrcFilesToClipboard");
         QCOMPARE(m_port->messages().last().style, 5); // No is the default button
         QVERIFY(m_port->clipboard.isEmpty());
         appState().systemLoaded = true;
@@ -250,8 +246,7 @@ private Q_SLOTS:
         frmMain w;
         QVERIFY(w.StartUp());
         QCOMPARE(w.workspace().sourceList().rowCount(), 1);
-        w.showMaintenance();
-        QTest::mouseClick(button(*w.maintenanceWindow(), "cmdSrcFilesDebug"), Qt::LeftButton);
+        pressInMaintenance(w, "cmdSrcFilesDebug");
         QFile list(AppPaths::debugView());
         // The text viewer takes the file away once it has shown it; without a desktop it stays.
         if (list.open(QIODevice::ReadOnly)) {
@@ -267,18 +262,16 @@ private Q_SLOTS:
         prepare();
         frmMain w;
         QVERIFY(w.StartUp());
-        w.showMaintenance();
-        frmDebug &debug = *w.maintenanceWindow();
         m_port->choose(m_env->srcDir());
         m_port->answer(true); // subfolders
-        QTest::mouseClick(button(debug, "cmdSyncDatesMfromE"), Qt::LeftButton);
+        pressInMaintenance(w, "cmdSyncDatesMfromE");
         QCOMPARE(m_port->chooserStart, ReadSetting(QStringLiteral("SrcDir")));
         const QString result = QStringLiteral("0 files updated (out of 2 analysed)"); // no EXIF dates in them
         QCOMPARE(m_port->lastText(), result);
-        QCOMPARE(debug.findChild<QLabel *>(QStringLiteral("lblMsg"))->text(), result);
+        QCOMPARE(child<QLabel>(w.maintenanceWindow(), "lblMsg")->text(), result);
         // Cancelling the chooser: no question, no message.
         m_port->clear();
-        QTest::mouseClick(button(debug, "cmdSyncDatesMfromE"), Qt::LeftButton);
+        pressInMaintenance(w, "cmdSyncDatesMfromE");
         QVERIFY(m_port->messages().isEmpty());
     }
 

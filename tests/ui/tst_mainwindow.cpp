@@ -1,25 +1,12 @@
-#include "app/settingsstore.h"
 #include "app/startup.h"
 #include "lib/apppaths.h"
 #include "lib/appstate.h"
 #include "lib/terminationsignals.h"
-#include "support/hometest.h"
-#include "ui/frmmain.h"
 #include "ui/frmsettings.h"
-#include "app/familydatabase.h"
+#include "uitest.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QCheckBox>
-#include <QDir>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QTest>
-#include <QTextBrowser>
 #include <QDialog>
+#include <QTextBrowser>
 
 #include <csignal>
 
@@ -35,8 +22,7 @@ private Q_SLOTS:
     {
         QVERIFY(Startup::IsFreshInstallation());
         frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
+        QVERIFY(started(w));
         QVERIFY(appState().systemLoaded);
         QVERIFY(QFile::exists(FamilyDatabase::DbPath()));
         QVERIFY(!ReadSetting(QStringLiteral("PCname")).isEmpty()); // the defaults are in (tst_settingsstore)
@@ -46,11 +32,11 @@ private Q_SLOTS:
         // The settings dialog is open; the user picks the two folders and saves.
         frmSettings *dlg = w.settingsDialog();
         QVERIFY(dlg && dlg->isVisible());
-        QDir().mkpath(m_env->path(QStringLiteral("photos")));
-        QDir().mkpath(m_env->path(QStringLiteral("families")));
-        dlg->findChild<QLineEdit *>(QStringLiteral("txtSrcDir"))->setText(m_env->path(QStringLiteral("photos")));
-        dlg->findChild<QLineEdit *>(QStringLiteral("txtTgtDir"))->setText(m_env->path(QStringLiteral("families")));
-        QTest::mouseClick(dlg->findChild<QPushButton *>(QStringLiteral("cmdSave")), Qt::LeftButton);
+        for (const char *folder : {"photos", "families"})
+            QDir().mkpath(m_env->path(QLatin1String(folder)));
+        child<QLineEdit>(dlg, "txtSrcDir")->setText(m_env->path(QStringLiteral("photos")));
+        child<QLineEdit>(dlg, "txtTgtDir")->setText(m_env->path(QStringLiteral("families")));
+        QTest::mouseClick(child<QPushButton>(dlg, "cmdSave"), Qt::LeftButton);
         QTRY_VERIFY(!w.settingsDialog());
         QCOMPARE(ReadSetting(QStringLiteral("SrcDir")), m_env->path(QStringLiteral("photos")));
         QVERIFY(QFile::exists(m_env->path(QStringLiteral("photos/_FamilyIDs.csv"))));
@@ -85,50 +71,54 @@ private Q_SLOTS:
     void debugLogStartsFresh()
     {
         QVERIFY(m_env->makeInstallation());
-        QFile old(AppPaths::debugLog());
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("last session\r\n");
-        old.close();
+        writeBytes(AppPaths::debugLog(), "last session\r\n");
         frmMain w;
         w.StartUp();
         QFile log(AppPaths::debugLog());
         QVERIFY(!log.open(QIODevice::ReadOnly) || !log.readAll().contains("last session"));
     }
 
-    void windowRectangleRestoredAndStored()
+    void closingStoresTheRectangle_data()
     {
-        QVERIFY(m_env->makeInstallation());
-        WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
-        frmMain w;
-        w.show();
-        QVERIFY(w.StartUp());
-        QCOMPARE(w.geometry(), QRect(10, 20, 1000, 700));
-        w.setGeometry(QRect(30, 40, 900, 650));
-        QTest::mouseClick(w.controls().cmdExit, Qt::LeftButton);
-        QVERIFY(!w.isVisible());
-        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), QStringLiteral("690;30;930;40"));
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QRect>("moved"); // where the user put the window, if anywhere
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("Exit button") << "exit" << QRect(30, 40, 900, 650) << "690;30;930;40";
+        QTest::newRow("SIGTERM") << "signal" << QRect(50, 60, 900, 640) << "700;50;950;60";
+        // Minimised, the window keeps the rectangle it had before.
+        QTest::newRow("File > Exit while minimised") << "minimised" << QRect() << "720;10;1010;20";
     }
-
-    void minimisedWindowKeepsThePreviousRectangle()
+    void closingStoresTheRectangle()
     {
+        QFETCH(QString, how);
+        QFETCH(QRect, moved);
+        QFETCH(QString, stored);
         QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("FormRectMn"), QStringLiteral("720;10;1010;20"));
         frmMain w;
-        w.show();
-        w.StartUp();
-        w.showMinimized();
-        QTRY_VERIFY(w.isMinimized());
-        w.menus().mnuExit->trigger();
-        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), QStringLiteral("720;10;1010;20"));
+        TerminationSignals signals;
+        connect(&signals, &TerminationSignals::terminationRequested, &w, &QWidget::close);
+        QVERIFY(started(w));
+        QCOMPARE(w.geometry(), QRect(10, 20, 1000, 700));
+        if (moved.isValid())
+            w.setGeometry(moved);
+        if (how == QLatin1String("exit")) {
+            QTest::mouseClick(w.controls().cmdExit, Qt::LeftButton);
+        } else if (how == QLatin1String("signal")) {
+            std::raise(SIGTERM);
+        } else {
+            w.showMinimized();
+            QTRY_VERIFY(w.isMinimized());
+            w.menus().mnuExit->trigger();
+        }
+        QTRY_VERIFY(!w.isVisible());
+        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), stored);
     }
 
     void portableCopyTitle()
     {
         QVERIFY(m_env->makeInstallation());
-        QFile admin(AppPaths::adminIni());
-        QVERIFY(admin.open(QIODevice::WriteOnly));
-        admin.write("[Settings]\r\nThumbnails=0\r\n");
-        admin.close();
+        writeBytes(AppPaths::adminIni(), "[Settings]\r\nThumbnails=0\r\n");
         frmMain w;
         w.StartUp();
         QVERIFY(w.windowTitle().endsWith(QStringLiteral(" ('Portable' copy)")));
@@ -150,10 +140,8 @@ private Q_SLOTS:
     {
         QFETCH(bool, cd);
         QVERIFY(m_env->makeInstallation());
-        for (const char *key : {"WebTgtDir", "CdTgtDir"}) {
-            QDir().mkpath(m_env->path(QLatin1String(key)));
-            WriteSetting(QLatin1String(key), m_env->path(QLatin1String(key)));
-        }
+        setFolder(*m_env, "WebTgtDir");
+        setFolder(*m_env, "CdTgtDir");
         frmMain w;
         QVERIFY(w.StartUp());
         m_port->clear();
@@ -193,49 +181,32 @@ private Q_SLOTS:
             QVERIFY2(w.findChild<QWidget *>(QLatin1String(n)), n);
     }
 
-    void helpOpensThePageBesideTheProgram()
+    void helpPage_data()
     {
+        QTest::addColumn<bool>("browser");
+        QTest::newRow("opened beside the program") << true;
+        // Without a program to open it, the page shows in a window of the program.
+        QTest::newRow("no browser: inside the program") << false;
+    }
+    void helpPage()
+    {
+        QFETCH(bool, browser);
         QVERIFY(m_env->makeInstallation());
         frmMain w;
         w.StartUp();
         QVERIFY(w.menus().mnuHelp->isEnabled());
+        m_port->openResult = browser;
         w.menus().mnuHelp->trigger();
         QCOMPARE(m_port->opened, QStringList{AppPaths::helpPage()});
         QVERIFY(AppPaths::helpPage().endsWith(QStringLiteral("/quillet.html")));
-        QVERIFY(!w.findChild<QDialog *>(QStringLiteral("frmHelp")));
-    }
-
-    // Without a program to open it (no browser), the page shows in a window of the program.
-    void helpWithoutABrowserShowsInsideTheProgram()
-    {
-        QVERIFY(m_env->makeInstallation());
-        frmMain w;
-        w.StartUp();
-        m_port->openResult = false;
-        w.menus().mnuHelp->trigger();
         auto *help = w.findChild<QDialog *>(QStringLiteral("frmHelp"));
-        QVERIFY(help);
-        QVERIFY(help->isVisible());
-        auto *browser = help->findChild<QTextBrowser *>(QStringLiteral("txtHelp"));
-        QVERIFY(browser);
-        QVERIFY(browser->toPlainText().contains(QStringLiteral("Quillet")));
-        QVERIFY(m_port->texts().isEmpty()); // no warning on top
-    }
-
-    void terminationSignalClosesTheWindow()
-    {
-        QVERIFY(m_env->makeInstallation());
-        frmMain w;
-        TerminationSignals signals;
-        connect(&signals, &TerminationSignals::terminationRequested, &w, &QWidget::close);
-        w.show();
-        w.StartUp();
-        w.setGeometry(QRect(50, 60, 900, 640));
-        std::raise(SIGTERM);
-        QTRY_VERIFY(!w.isVisible());
-        QCOMPARE(ReadSetting(QStringLiteral("FormRectMn")), QStringLiteral("700;50;950;60"));
+        QCOMPARE(bool(help), !browser);
+        if (!browser) {
+            QVERIFY(help->isVisible());
+            QVERIFY(child<QTextBrowser>(help, "txtHelp")->toPlainText().contains(QStringLiteral("Quillet")));
+            QVERIFY(m_port->texts().isEmpty()); // no warning on top
+        }
     }
 };
-
 QTEST_MAIN(TestMainWindow)
 #include "tst_mainwindow.moc"

@@ -1,16 +1,10 @@
-#include "app/familydatabase.h"
-#include "app/settingsstore.h"
 #include "lib/apppaths.h"
 #include "lib/inifile.h"
-#include "support/testenv.h"
+#include "uitest.h"
 #include "workspace/clsundos.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QImage>
 #include <QProcess>
-#include <QTest>
 
 #include <csignal>
 
@@ -25,6 +19,7 @@ class TestOrderlyExit : public QObject
     Q_OBJECT
 
     TestEnv *m_env = nullptr;
+    bool m_undoKept = false; // an earlier session's undo file is in place
 
     // The program runs in this test's own home; the environment of the child is the test's.
     void start(QProcess &program, const QString &executable, const QStringList &arguments = {})
@@ -50,45 +45,45 @@ class TestOrderlyExit : public QObject
         return false;
     }
 
-    // The signal ends the program on its own; a generous bound keeps a loaded machine from failing
-    // the test, while a program that ignores the signal never ends at all.
-    void endsInOrder(QProcess &program, int signalNumber)
+    // The signal ends the program on its own, the window rectangle stored and the earlier
+    // session's undo levels kept; a generous bound keeps a loaded machine from failing the test,
+    // while a program that ignores the signal never ends at all.
+    void endsInOrder(QProcess &program, int signalNumber, int runningMs = 300)
     {
-        QTest::qWait(300); // the modal loop or the load is running
+        QTest::qWait(runningMs); // the modal loop or the load is running
         ::kill(pid_t(program.processId()), signalNumber);
         QVERIFY2(program.waitForFinished(10000), "the program did not end after the signal");
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QVERIFY(!IniFile::read(AppPaths::dataDir() + QStringLiteral("/quillet.ini"), QStringLiteral("Settings"),
                                QStringLiteral("FormRectMn"))
                      .isEmpty());
+        if (m_undoKept)
+            QVERIFY(fileBytes(clsUndos::FilePath()).startsWith("v1\r\n"));
     }
 
     void installation(int photos, bool thumbnails)
     {
         QVERIFY(m_env->makeInstallation());
         WriteSetting(QStringLiteral("Thumbnails"), thumbnails ? QStringLiteral("1") : QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AutoFilterFams"), QStringLiteral("0"));
         WriteSetting(QStringLiteral("PCname"), QStringLiteral("Office"));
-        WriteSetting(QStringLiteral("AssnSubToTgt"), QStringLiteral("0"));
-        WriteSetting(QStringLiteral("AssnSrcSubToTgt"), QStringLiteral("0"));
-        FamilyDatabase db;
-        QVERIFY(db.OpenDatabase());
-        db.exec(QStringLiteral("INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (12,'Anna','Smith',True)"));
-        db.CloseDatabase();
-        QImage image(thumbnails ? 1600 : 64, thumbnails ? 1200 : 48, QImage::Format_RGB32);
-        image.fill(Qt::darkCyan);
+        for (const char *key : {"AutoFilterFams", "AssnSubToTgt", "AssnSrcSubToTgt"})
+            WriteSetting(QLatin1String(key), QStringLiteral("0"));
+        QVERIFY(addFamilies({"INSERT INTO tblFamilies (FamilyID, FirstName, LastName, [Current]) VALUES (12,'Anna','Smith',True)"}));
         const QString first = m_env->srcDir() + QStringLiteral("/IMG_0000.jpg");
-        QVERIFY(image.save(first, "JPG"));
+        QVERIFY(savePhoto(first, thumbnails ? QSize(1600, 1200) : QSize(64, 48)));
         for (int i = 1; i < photos; ++i)
             QVERIFY(QFile::link(first, m_env->srcDir() + QStringLiteral("/IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0'))));
         // The levels of an earlier session must survive.
-        QFile undo(clsUndos::FilePath());
-        QVERIFY(undo.open(QIODevice::WriteOnly));
-        undo.write("v1\r\n0\r\n0\r\n");
+        writeBytes(clsUndos::FilePath(), "v1\r\n0\r\n0\r\n");
+        m_undoKept = true;
     }
 
 private Q_SLOTS:
-    void init() { m_env = new TestEnv; }
+    void init()
+    {
+        m_env = new TestEnv;
+        m_undoKept = false;
+    }
     void cleanup() { delete m_env; }
 
     void firstStartWithItsMessageAndTheSettingsDialog_data()
@@ -115,7 +110,6 @@ private Q_SLOTS:
         start(program, QStringLiteral(QUILLET_EXECUTABLE));
         QVERIFY(reached(QStringLiteral("InitBatchfile")));
         endsInOrder(program, SIGTERM);
-        QVERIFY(QFile(clsUndos::FilePath()).size() > 0);
     }
 
     void duringTheReplayOfABatchfile_data()
@@ -146,10 +140,7 @@ private Q_SLOTS:
         for (int i = 0; i < kEntries; ++i)
             batch += "CS\r\nIMG_0000.jpg\r\nAnna Smith\\IMG_" + QByteArray::number(i) + ".jpg\r\n";
         const QString batchfile = AppPaths::dataFile(QStringLiteral("_Batchfile_161116204830_PC2.log"));
-        QFile file(batchfile);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(batch);
-        file.close();
+        writeBytes(batchfile, batch);
         const auto copies = [this] {
             return QDir(m_env->tgtDir() + QStringLiteral("/Anna Smith")).entryList({QStringLiteral("IMG_*.jpg")}, QDir::Files).size();
         };
@@ -162,24 +153,11 @@ private Q_SLOTS:
         while (copies() < 3 && clock.elapsed() < 30000)
             QTest::qWait(20);
         QVERIFY2(copies() >= 3, "the replay did not start");
-        ::kill(pid_t(program.processId()), SIGTERM);
-        clock.restart();
-        QVERIFY2(program.waitForFinished(10000), "the program did not end after the signal");
-        qInfo("ended %lld ms after the signal, %lld of %d copies made", clock.elapsed(), qint64(copies()), kEntries);
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        endsInOrder(program, SIGTERM, 0);
         QCOMPARE(program.exitCode(), 0);
-        QVERIFY(!IniFile::read(AppPaths::dataDir() + QStringLiteral("/quillet.ini"), QStringLiteral("Settings"),
-                               QStringLiteral("FormRectMn"))
-                     .isEmpty());
-        QFile undo(clsUndos::FilePath());
-        QVERIFY(undo.open(QIODevice::ReadOnly));
-        QVERIFY(undo.readAll().startsWith("v1\r\n"));
-        undo.close();
         // Stopped at an entry: the batchfile is still there, whole, with most of its copies to do.
         QVERIFY2(copies() < kEntries / 2, qPrintable(QString::number(copies())));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), batch);
-        file.close();
+        QCOMPARE(fileBytes(batchfile), batch);
         QVERIFY(reached(QStringLiteral("Cancelled ") + batchfile, 2000));
 
         if (command != QLatin1String("replay"))
@@ -208,14 +186,11 @@ private Q_SLOTS:
         start(program, QStringLiteral(ORDERLYEXIT_HELPER), {QStringLiteral("save")});
         QVERIFY(reached(QStringLiteral("orderlyexit_helper: pressing Save")));
         endsInOrder(program, SIGTERM);
-        // Nothing was delivered, so no photo may carry a tag and the undo file still reads.
+        // Nothing was delivered, so no photo may carry a tag (the undo file still reads, above).
         const QStringList photos = QDir(m_env->srcDir()).entryList(QDir::Files);
         QCOMPARE(photos.size(), 3);
         for (const QString &name : photos)
             QVERIFY2(!name.contains(QLatin1String("(#")), qPrintable(name));
-        QFile undo(clsUndos::FilePath());
-        QVERIFY(undo.open(QIODevice::ReadOnly));
-        QVERIFY(undo.readAll().startsWith("v1\r\n"));
     }
 };
 

@@ -1,21 +1,12 @@
-#include "app/settingsstore.h"
+#include <QDateTime> // settingsform.h uses QDateTime without including it
 #include "lib/apppaths.h"
-#include "lib/appstate.h"
-#include "app/familydatabase.h"
-#include "support/findchild.h"
-#include "support/hometest.h"
 #include "ui/frmsettings.h"
+#include "uitest.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
-#include <QDir>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QSlider>
 #include <QStandardPaths>
-#include <QTest>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -150,10 +141,7 @@ private Q_SLOTS:
 
     void portableCopyDisablesLockedControls()
     {
-        QFile admin(AppPaths::adminIni());
-        QVERIFY(admin.open(QIODevice::WriteOnly));
-        admin.write("[Settings]\r\nCreateBatchs=1\r\n");
-        admin.close();
+        writeBytes(AppPaths::adminIni(), "[Settings]\r\nCreateBatchs=1\r\n");
         frmSettings dlg(*m_dbp);
         dlg.LoadData();
         QCOMPARE(child<QLabel>(dlg, "lblMsg")->text(),
