@@ -1,4 +1,3 @@
-#include <QTime> // errorhandler.h uses QTime without including it
 #include "lib/errorhandler.h"
 #include "lib/msgboxrequest.h"
 #include "lib/progressestimate.h"

@@ -88,8 +88,9 @@ private Q_SLOTS:
         QCOMPARE(transfer.ExportBatchfiles().isEmpty(), !created);
         const QString drive = "Batch Transfer Dir drive (" + lib_DrivePart(folder) + ") does not exist";
         const QString missing = "Batch Transfer Dir (" + folder + ") not found.";
-        const QStringList texts = setting.isEmpty() ? QStringList{missing, missing + " Do you want to create it?"}
-                                                    : QStringList{drive, drive};
+        QStringList texts{drive, drive};
+        if (setting.isEmpty())
+            texts = QStringList{missing, missing + QStringLiteral(" Do you want to create it?")};
         QCOMPARE(f->port.texts().mid(0, 2), texts);
         QCOMPARE(QFileInfo(folder).isDir(), created);
     }

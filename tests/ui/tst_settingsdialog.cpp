@@ -1,4 +1,3 @@
-#include <QDateTime> // settingsform.h uses QDateTime without including it
 #include "lib/apppaths.h"
 #include "ui/frmsettings.h"
 #include "uitest.h"

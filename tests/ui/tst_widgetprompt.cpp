@@ -1,4 +1,3 @@
-#include <QTime> // errorhandler.h uses QTime without including it
 #include "lib/appstate.h"
 #include "lib/errorhandler.h"
 #include "support/findchild.h"
