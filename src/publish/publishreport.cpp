@@ -8,19 +8,25 @@
 #include "lib/fileutils.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <ctime>
 
 namespace quillet {
 
 namespace {
 
-// "yyyy-MM-dd HH:mm:ss", as QDateTime::toString gives it, without parsing the format on every
-// line of a report of many thousand files.
+// "yyyy-MM-dd HH:mm:ss" in local time, as QDateTime::toString gives it, without parsing a format
+// or looking up the time zone again on every line of a report of many thousand files.
 QString reportTime(const QDateTime &time)
 {
-    const QDate d = time.date();
-    const QTime t = time.time();
-    return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d", d.year(), d.month(), d.day(), t.hour(), t.minute(),
-                             t.second());
+    const time_t secs = time_t(time.toSecsSinceEpoch());
+    tm local {};
+    if (!::localtime_r(&secs, &local))
+        return time.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    char text[32];
+    const int size = std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900,
+                                   local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
+    return QString::fromLatin1(text, std::clamp(size, 0, int(sizeof text) - 1));
 }
 
 } // namespace
@@ -29,6 +35,7 @@ PublishReport::PublishReport(const PublishNames &names, const PublishSettings &s
                              const QDateTime &runTime)
     : m_preview(preview)
 {
+    ::tzset(); // once for the run: the times of its lines are taken in the zone set now
     lib_MakePath(AppPaths::dataDir());
     m_path = AppPaths::dataFile(names.reportName + QLatin1Char('_') + runTime.toString(QStringLiteral("yyyyMMdd-HHmmss"))
                                 + (preview ? QStringLiteral("_preview") : QString()) + QStringLiteral(".csv"));

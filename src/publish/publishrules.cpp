@@ -82,6 +82,8 @@ QDateTime PublishSettings::zeroDate()
 PublishRules::PublishRules(const PublishSettings &settings, PublishFamilies &families)
     : m_settings(settings)
     , m_families(families)
+    , m_minDate(settings.minDate.toUTC())
+    , m_maxDate(settings.maxDate.toUTC())
 {
 }
 
@@ -93,7 +95,7 @@ Decision PublishRules::decide(const QString &path)
     struct stat st {};
     const bool exists = ::stat(QFile::encodeName(path).constData(), &st) == 0;
     if (exists) // for the report also where the tests stop early; the window compares whole seconds
-        d.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
+        d.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec, Qt::UTC);
     const QString fileName = lib_FilePart(path);
     if (!SrcFiles::IsAcceptedName(fileName)) {
         d.verdict = Verdict::NotPhoto;
@@ -103,7 +105,7 @@ Decision PublishRules::decide(const QString &path)
         d.verdict = Verdict::Vanished;
         return d;
     }
-    if (d.modified < m_settings.minDate || d.modified > m_settings.maxDate) {
+    if (d.modified < m_minDate || d.modified > m_maxDate) {
         d.verdict = Verdict::OutsideWindow;
         return d;
     }

@@ -51,7 +51,9 @@ enum class Verdict {
 struct Decision
 {
     QString path;
-    QDateTime modified; // whole seconds, as the date window compares them
+    // Whole seconds, as the date window compares them; in UTC, which costs no look-up of the
+    // time zone for each of many thousand files (toLocalTime() for its local time).
+    QDateTime modified;
     Verdict verdict = Verdict::NotPhoto;
     // The tag element behind FamilyUnknown or the family behind FamilyExcluded, or what is wrong
     // with a malformed tag.
@@ -78,6 +80,8 @@ private:
 
     const PublishSettings &m_settings;
     PublishFamilies &m_families;
+    // The date window's ends in UTC, as the files' times are taken.
+    QDateTime m_minDate, m_maxDate;
 };
 
 } // namespace quillet

@@ -266,7 +266,7 @@ void PublishRun::copyAll()
     const QDateTime started = QDateTime::currentDateTime();
     m_report = std::make_unique<PublishReport>(m_names, m_settings, false, started);
     m_reportPath = m_report->path();
-    m_latest = PublishSettings::zeroDate();
+    m_latest = PublishSettings::zeroDate().toUTC(); // compared with the files' times in UTC
     m_copied = 0;
     m_failures = 0;
     m_filesOut = 0;
@@ -478,7 +478,7 @@ void PublishRun::moveWindowOn()
 {
     if (!lib_MsgYesNo(m_names.finalQuestion))
         return;
-    WriteSetting(m_names.minDateKey, PublishSettings::formatDate(m_latest.addSecs(1)));
+    WriteSetting(m_names.minDateKey, PublishSettings::formatDate(m_latest.toLocalTime().addSecs(1)));
     WriteSetting(m_names.maxDateKey, QStringLiteral("20991231 235959"));
 }
 

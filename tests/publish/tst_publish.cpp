@@ -88,6 +88,12 @@ private:
     std::unique_ptr<PublishFixture> f;
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // Local time apart from UTC (half an hour off, as no whole-hour mix-up could hide), so
+        // that the report's times and the moved window are seen to be local.
+        qputenv("TZ", "QLT-5:30");
+    }
     void init()
     {
         f = std::make_unique<PublishFixture>();
