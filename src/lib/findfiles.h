@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QFileInfoList>
 #include <QList>
 #include <QRegularExpression>
 #include <QString>
@@ -43,20 +42,27 @@ public:
     static constexpr int kMaxLevels = 9999;
 
 private:
+    struct Entry
+    {
+        QString name;
+        bool isDir = false;  // a folder, or a link to one
+        bool isLink = false; // a symbolic link
+    };
     struct Level
     {
-        QString path;
-        QFileInfoList entries;
+        QString path; // absolute and clean
+        QList<Entry> entries;
         int next = 0;
     };
 
     void pushLevel(const QString &path);
-    bool matches(const QString &name) const { return m_pattern.match(name).hasMatch(); }
-    void setCurrent(const QFileInfo &entry, int level);
+    bool matches(const QString &name) const { return m_matchAll || m_pattern.match(name).hasMatch(); }
+    void setCurrent(const Entry &entry, const QString &folder, int level);
 
     QList<Level> m_levels;
     QString m_start;
     QRegularExpression m_pattern;
+    bool m_matchAll = false; // "*": no name needs the expression
     bool m_recurse = false;
     int m_searchType = Files;
 

@@ -3,7 +3,11 @@
 #include "lib/scanarray.h"
 #include "support/testenv.h"
 
+#include <QDir>
+#include <QFile>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace quillet;
 using namespace quillet::test;
@@ -42,6 +46,38 @@ private Q_SLOTS:
         QCOMPARE(levels, (QList<int>{3, 2, 1}));
         QCOMPARE(dirs, (QStringList{"a/deep", "a", ""}));
         QVERIFY(!finder.FindFirstFile(QStringLiteral("/no/such/folder"), QStringLiteral("*"), true));
+    }
+
+    // The walk reads folders itself: it must list what Qt's own listing lists, in its name order
+    // ignoring case, and tell folders (also behind a link) from files, walking into no link.
+    void walkListsAsTheFolderListingDoes()
+    {
+        TestEnv env;
+        for (const char *name : {"Zebra.jpg", "apple.JPG", "Äpfel.jpg", "_under.jpg", "10.jpg", "9.jpg", "ß.jpg",
+                                 "é.jpg", "E.jpg", "B/inner.jpg", "b2/inner.jpg", ".hidden/inner.jpg"})
+            env.writeFile(QStringLiteral("src/") + QString::fromUtf8(name), "");
+        const QString src = env.path(QStringLiteral("src"));
+        QVERIFY(QFile::link(src + QStringLiteral("/B"), src + QStringLiteral("/link to B")));
+        QVERIFY(QFile::link(src + QStringLiteral("/gone"), src + QStringLiteral("/dangling")));
+        QVERIFY(::mkfifo(QFile::encodeName(src + QStringLiteral("/pipe")).constData(), 0600) == 0);
+
+        QStringList walked, folders;
+        lib_clsFindFiles finder;
+        finder.setSearchType(lib_clsFindFiles::FilesAndDirs);
+        for (bool ok = finder.FindFirstFile(src, QStringLiteral("*.*"), false); ok; ok = finder.FindNextFile()) {
+            walked << finder.File();
+            QCOMPARE(finder.FullFile(), src + QLatin1Char('/') + finder.File());
+            if (finder.IsDir())
+                folders << finder.File();
+        }
+        QCOMPARE(walked, QDir(src).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System,
+                                             QDir::Name | QDir::IgnoreCase));
+        QCOMPARE(folders, (QStringList{"B", "b2", "link to B"}));
+
+        QStringList deep;
+        for (bool ok = finder.FindFirstFile(src, QStringLiteral("inner.jpg"), true); ok; ok = finder.FindNextFile())
+            deep << finder.Dir();
+        QCOMPARE(deep, (QStringList{"B", "b2"})); // not again through the link, nor in the hidden folder
     }
 
     void closeLevelSkipsTheRestOfAFolder()
