@@ -10,6 +10,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <utility>
+
+#include <QStringEncoder>
 
 namespace quillet {
 
@@ -56,63 +59,70 @@ PublishReport::PublishReport(const PublishNames &names, const PublishSettings &s
               QStringLiteral("Copied to"), QStringLiteral("Size"), QStringLiteral("SHA-256")});
 }
 
-QString PublishReport::csvField(const QString &text)
+QString PublishReport::Total::text() const
 {
-    const bool quote = std::any_of(text.begin(), text.end(),
-                                   [](QChar c) {
-                                       const char16_t u = c.unicode();
-                                       return u == u',' || u == u'"' || u == u'\r' || u == u'\n';
-                                   })
-        || text.startsWith(QLatin1Char(' '));
-    if (!quote)
-        return text;
-    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QStringLiteral("\"\"")) + QLatin1Char('"');
+    return reason.isEmpty() ? outcome : outcome + QStringLiteral(": ") + reason;
 }
 
-void PublishReport::writeRow(const QStringList &fields)
+void PublishReport::writeRow(std::initializer_list<QStringView> fields)
 {
-    QString row;
-    for (qsizetype i = 0; i < fields.size(); ++i) {
-        if (i > 0)
-            row += QLatin1Char(',');
-        row += csvField(fields.at(i));
+    m_row.resize(0); // keeps its capacity
+    QStringEncoder utf8(QStringEncoder::Utf8);
+    const auto append = [&](QStringView text) {
+        const qsizetype at = m_row.size();
+        m_row.resize(at + utf8.requiredSpace(text.size()));
+        char *const end = utf8.appendToBuffer(m_row.data() + at, text);
+        m_row.resize(end - m_row.constData());
+    };
+    bool first = true;
+    for (const QStringView field : fields) {
+        if (!std::exchange(first, false))
+            m_row += ',';
+        const bool quote = field.startsWith(QLatin1Char(' ')) || std::any_of(field.begin(), field.end(), [](QChar c) {
+                               const char16_t u = c.unicode();
+                               return u == u',' || u == u'"' || u == u'\r' || u == u'\n';
+                           });
+        if (!quote) {
+            append(field);
+            continue;
+        }
+        m_row += '"';
+        for (qsizetype from = 0;;) {
+            const qsizetype q = field.indexOf(QLatin1Char('"'), from);
+            append(field.sliced(from, (q < 0 ? field.size() : q + 1) - from));
+            if (q < 0)
+                break;
+            m_row += '"'; // a quote inside a field is doubled
+            from = q + 1;
+        }
+        m_row += '"';
     }
-    row += QLatin1String("\r\n");
-    m_file.write(row.toUtf8());
+    m_row += "\r\n";
+    m_file.write(m_row);
 }
 
 void PublishReport::add(const Line &line)
 {
-    const QString key = line.reason.isEmpty() ? line.outcome : line.outcome + QStringLiteral(": ") + line.reason;
-    auto it = std::find_if(m_totals.begin(), m_totals.end(), [&](const auto &t) { return t.first == key; });
+    auto it = std::find_if(m_totals.begin(), m_totals.end(),
+                           [&](const Total &t) { return t.outcome == line.outcome && t.reason == line.reason; });
     if (it == m_totals.end())
-        m_totals.append({key, 1});
+        m_totals.append({line.outcome, line.reason, 1});
     else
-        ++it->second;
+        ++it->lines;
     m_copies += int(line.copiedTo.size());
-    writeRow({line.path,
-              line.modified.isValid() ? reportTime(line.modified) : QString(),
-              line.outcome, line.reason, line.copiedTo.join(QStringLiteral("; ")),
-              line.size >= 0 ? QString::number(line.size) : QString(), line.sha256});
+    writeRow({line.path, line.modified.isValid() ? reportTime(line.modified) : QString(), line.outcome, line.reason,
+              line.copiedTo.join(QStringLiteral("; ")), line.size >= 0 ? QString::number(line.size) : QString(),
+              line.sha256});
     // What went out is on disk at once: a run that stops half-way leaves its record.
     if (!line.copiedTo.isEmpty())
         m_file.flush();
 }
 
-int PublishReport::count(const QString &outcomeAndReason) const
-{
-    for (const auto &t : m_totals) {
-        if (t.first == outcomeAndReason)
-            return t.second;
-    }
-    return 0;
-}
-
 QString PublishReport::totalsText() const
 {
     QStringList lines;
-    for (const auto &t : m_totals)
-        lines << QStringLiteral("%1  %2").arg(t.second, 7).arg(t.first);
+    for (const Total &t : m_totals)
+        lines << QStringLiteral("%1  %2").arg(t.lines, 7).arg(t.text());
     return lines.join(QStringLiteral("\r\n"));
 }
 
@@ -122,8 +132,8 @@ void PublishReport::finish(const QString &note)
     if (!note.isEmpty())
         writeRow({note});
     writeRow({QStringLiteral("Totals"), QStringLiteral("Files")});
-    for (const auto &t : m_totals)
-        writeRow({t.first, QString::number(t.second)});
+    for (const Total &t : m_totals)
+        writeRow({t.text(), QString::number(t.lines)});
     writeRow({m_preview ? QStringLiteral("copies it would make") : QStringLiteral("copies made"),
               QString::number(m_copies)});
     m_file.close();

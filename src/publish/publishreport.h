@@ -3,9 +3,10 @@
 #include <QDateTime>
 #include <QFile>
 #include <QList>
-#include <QPair>
 #include <QString>
 #include <QStringList>
+
+#include <initializer_list>
 
 namespace quillet {
 
@@ -43,22 +44,28 @@ public:
     // for a run that did not finish.
     void finish(const QString &note = QString());
 
-    // Lines per outcome and reason, in the order first met ("left out: outside the date window").
-    const QList<QPair<QString, int>> &totals() const { return m_totals; }
-    int count(const QString &outcomeAndReason) const;
     int copies() const { return m_copies; }
     // The totals as text lines for a message ("  300  left out: outside the date window").
     QString totalsText() const;
 
-    // A CSV field: quoted when it holds a comma, a quote, a line break or leading blanks.
-    static QString csvField(const QString &text);
-
 private:
-    void writeRow(const QStringList &fields);
+    // Lines per outcome and reason, in the order first met.
+    struct Total
+    {
+        QString outcome;
+        QString reason;
+        int lines = 0;
+        QString text() const;
+    };
+
+    // One row, each field quoted where it holds a comma, a quote, a line break or leading blanks;
+    // encoded into a buffer kept from row to row (a report has a row per file of the Source Dir).
+    void writeRow(std::initializer_list<QStringView> fields);
 
     QString m_path;
     QFile m_file;
-    QList<QPair<QString, int>> m_totals;
+    QByteArray m_row;
+    QList<Total> m_totals;
     int m_copies = 0;
     bool m_preview = false;
 };

@@ -139,7 +139,7 @@ QString PublishRun::confirmationText(const PublishNames &names, const PublishSet
 
 void PublishRun::run()
 {
-    m_settings = PublishSettings::read(m_names, m_db);
+    readSettings();
     if (m_settings.tgtDir.isEmpty())
         return;
     if (!m_settings.minDate.isValid() || !m_settings.maxDate.isValid()) {
@@ -161,6 +161,12 @@ void PublishRun::run()
     summarise();
     if (!m_cancelled)
         moveWindowOn();
+}
+
+void PublishRun::readSettings()
+{
+    m_settings = PublishSettings::read(m_names, m_db);
+    m_sourcePrefix = QDir::cleanPath(m_settings.srcDir) + QLatin1Char('/');
 }
 
 bool PublishRun::prepareTargetDir()
@@ -211,10 +217,8 @@ QStringList PublishRun::sourceFiles() const
 
 QString PublishRun::relativeToSource(const QString &path) const
 {
-    // The scan's paths all start with the Source Dir as it names it.
-    const QString prefix = QDir::cleanPath(m_settings.srcDir) + QLatin1Char('/');
-    if (path.startsWith(prefix))
-        return path.mid(prefix.size());
+    if (path.startsWith(m_sourcePrefix))
+        return path.mid(m_sourcePrefix.size());
     return QDir(m_settings.srcDir).relativeFilePath(path);
 }
 
@@ -231,7 +235,7 @@ QStringList PublishRun::targetsOf(const Decision &decision) const
 
 void PublishRun::preview()
 {
-    m_settings = PublishSettings::read(m_names, m_db);
+    readSettings();
     PublishFamilies families(m_db, m_names.exclusionField);
     PublishRules rules(m_settings, families);
     PublishReport report(m_names, m_settings, true, QDateTime::currentDateTime());

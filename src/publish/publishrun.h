@@ -53,6 +53,7 @@ private:
         qint64 ticket = -1; // its copy job, or -1 when it is not copied
     };
 
+    void readSettings();
     bool prepareTargetDir();
     void listSource(const std::function<void(const QString &)> &take) const;
     QStringList sourceFiles() const;
@@ -70,6 +71,7 @@ private:
     FamilyDatabase &m_db;
     StatusSink m_status;
     PublishSettings m_settings;
+    QString m_sourcePrefix; // the Source Dir as the scan's paths start with it
     std::unique_ptr<PublishReport> m_report;
     QString m_reportPath;
     QDateTime m_latest;

@@ -243,6 +243,30 @@ private Q_SLOTS:
         }
     }
 
+    // A name with a comma, quotes, a leading blank and letters beyond ASCII comes back whole from
+    // the report: quoted, its quotes doubled, in UTF-8; a plain name stays unquoted.
+    void awkwardNamesAreQuotedInTheReport()
+    {
+        f->photo(QStringLiteral(" Léa, \"Jo\"(#12#).jpg"), kInside);
+        f->photo(QStringLiteral("Zoë(#12#).jpg"), kInside);
+        f->run(webVariant());
+        QFile file(report());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        QVERIFY(bytes.startsWith("\xEF\xBB\xBF"));
+        const QString text = QString::fromUtf8(bytes);
+        const QStringList lines = text.split(QStringLiteral("\r\n"));
+        const auto lineOf = [&lines](const QString &start) -> QString {
+            const auto it = std::find_if(lines.begin(), lines.end(), [&](const QString &l) { return l.startsWith(start); });
+            return it == lines.end() ? QString() : *it;
+        };
+        const QString awkward = lineOf(QStringLiteral("\" Léa, \"\"Jo\"\"(#12#).jpg\","));
+        QVERIFY2(awkward.contains(QStringLiteral(",copied,,\" Léa, \"\"Jo\"\".jpg\",")), qPrintable(awkward));
+        QVERIFY2(lineOf(QStringLiteral("Zoë(#12#).jpg,")).contains(QStringLiteral(",copied,,Zoë.jpg,")),
+                 qPrintable(text));
+        QCOMPARE(PublishFixture::filesUnder(web()), (QStringList{" Léa, \"Jo\".jpg", "Zoë.jpg"}));
+    }
+
     void missingSourceDirIsReported()
     {
         WriteSetting(QStringLiteral("SrcDir"), f->env.path(QStringLiteral("unplugged")));
