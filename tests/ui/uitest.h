@@ -7,6 +7,7 @@
 #include "app/settingsstore.h"
 #include "support/findchild.h"
 #include "support/hometest.h"
+#include "support/scriptedprompt.h"
 #include "ui/frmmain.h"
 
 #include <QAbstractItemView>
@@ -74,7 +75,14 @@ inline QString setFolder(const TestEnv &env, const char *key)
 inline bool started(frmMain &w)
 {
     w.show();
-    return w.StartUp();
+    if (w.StartUp())
+        return true;
+    // What stopped the start, for the report of the failing test.
+    if (const auto *port = dynamic_cast<const ScriptedPrompt *>(&prompt())) {
+        for (const ScriptedPrompt::Message &m : port->messages())
+            qWarning("the start stopped after the message: %s", qPrintable(m.text));
+    }
+    return false;
 }
 
 } // namespace quillet::test
