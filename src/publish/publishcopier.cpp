@@ -41,8 +41,11 @@ qint64 copyOnce(ForeignBase &base, const QString &source, const QString &relativ
         return -1;
     }
     try {
+        // A family's folder is made when it is missing; the preparation folder itself was found
+        // a moment ago, when the name was resolved.
         const QString folder = lib_DirPart(target.path());
-        if (!QDir().mkpath(folder))
+        const bool inSubfolder = relative.contains(QLatin1Char('/')) || relative.contains(QLatin1Char('\\'));
+        if (inSubfolder && !QDir().mkpath(folder))
             throw Error(kLibErrorNumber, QStringLiteral("PublishRun"),
                         QStringLiteral("The folder ") + folder + QStringLiteral(" could not be created (")
                             + QString::fromLocal8Bit(std::strerror(errno)) + QLatin1Char(')'));
