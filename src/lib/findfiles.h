@@ -8,7 +8,7 @@ namespace quillet {
 
 // Walks a folder, optionally through all its subfolders, handing back one matching entry at a
 // time. Entries of a folder come in name order; a subfolder's entries follow the subfolder itself
-// (depth first). "." and ".." are never returned; hidden entries and linked folders are not
+// (depth first). "." and "..", and hidden entries, are never returned; linked folders are not
 // walked into.
 class lib_clsFindFiles
 {
