@@ -31,8 +31,19 @@ QString applicationDir()
     return QDir::currentPath();
 }
 
+namespace {
+QString g_resourceDirForTests;
+} // namespace
+
+void setResourceDirForTests(const QString &dir)
+{
+    g_resourceDirForTests = dir;
+}
+
 QString resourceFile(const QString &name)
 {
+    if (!g_resourceDirForTests.isEmpty())
+        return g_resourceDirForTests + QLatin1Char('/') + name;
     const QString beside = applicationDir() + QLatin1Char('/') + name;
     if (QFileInfo::exists(beside))
         return beside;

@@ -27,6 +27,9 @@ QString applicationDir();
 // tree's share/quillet folder next to the executable's bin folder, wherever that tree was
 // installed. The path beside the executable when neither exists.
 QString resourceFile(const QString &name);
+// For tests: the shipped files are looked for in `dir` only (empty: as above again). Test
+// programs share the folder they run from, so none of them may take a file away from it.
+void setResourceDirForTests(const QString &dir);
 QString placeholderPicture();  // ThumbnailPlaceholder.gif
 QString helpPage();            // quillet.html
 

@@ -6,6 +6,9 @@
 #include "ui/workspacecontroller.h"
 #include "uitest.h"
 
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
 using namespace quillet;
 using namespace quillet::test;
 
@@ -175,13 +178,15 @@ private Q_SLOTS:
 
     void missingPlaceholderEndsStartUp()
     {
-        const QString placeholder = AppPaths::placeholderPicture();
-        QVERIFY(QFile::rename(placeholder, placeholder + QStringLiteral(".away")));
+        // A folder without the program's files: the one beside this test program is shared with
+        // the other window tests, which may be starting at this moment.
+        const QTemporaryDir bare;
+        AppPaths::setResourceDirForTests(bare.path());
+        const auto back = qScopeGuard([] { AppPaths::setResourceDirForTests(QString()); });
         frmMain w;
-        const bool ok = w.StartUp();
-        QFile::rename(placeholder + QStringLiteral(".away"), placeholder);
-        QVERIFY(!ok);
-        QCOMPARE(m_port->lastText(), QStringLiteral("Error: file ") + placeholder + QStringLiteral(" not found"));
+        QVERIFY(!w.StartUp());
+        QCOMPARE(m_port->lastText(),
+                 QStringLiteral("Error: file ") + bare.path() + QStringLiteral("/ThumbnailPlaceholder.gif not found"));
     }
 
     void largePictureOpensOnDoubleClick()

@@ -3,6 +3,9 @@
 #include "lib/apppaths.h"
 #include "support/listthumbnails.h"
 
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
 using namespace quillet;
 using namespace quillet::test;
 
@@ -170,11 +173,13 @@ private Q_SLOTS:
     void missingPlaceholderStops()
     {
         photo(QStringLiteral("a.jpg"), QDateTime(kTuesday, QTime(8, 0)));
-        QFile::rename(AppPaths::placeholderPicture(), AppPaths::placeholderPicture() + QStringLiteral(".away"));
+        // A folder without the program's files: the one beside this test program is shared with
+        // the others, which may be starting at this moment.
+        const QTemporaryDir bare;
+        AppPaths::setResourceDirForTests(bare.path());
+        const auto back = qScopeGuard([] { AppPaths::setResourceDirForTests(QString()); });
         m_ws->options().thumbnails = true;
-        const Workspace::LoadResult result = m_ws->LoadSource(true, false);
-        QFile::rename(AppPaths::placeholderPicture() + QStringLiteral(".away"), AppPaths::placeholderPicture());
-        QCOMPARE(result, Workspace::LoadResult::PlaceholderMissing);
+        QCOMPARE(m_ws->LoadSource(true, false), Workspace::LoadResult::PlaceholderMissing);
         QCOMPARE(m_port->lastText(), QStringLiteral("Error: file ") + AppPaths::placeholderPicture() + QStringLiteral(" not found"));
     }
 
